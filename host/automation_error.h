@@ -27,11 +27,10 @@ enum RuntimeFault : std::int32_t {
 /// What a transport says of a failed transfer, as offsets from kObjectErrorBase.
 /// A driver member completes 2010 to 2013 with the instrument's own error-queue entry.
 enum LinkError : std::int32_t {
-  kLinkNotOpen = 2010,     ///< the port is closed, cannot be opened, or was lost
+  kLinkNotOpen = 2010,     ///< the port is closed, cannot be opened, was lost, or the host interrupted the transfer
   kLinkSendFailed = 2011,  ///< the command could not be delivered
   kLinkBadReply = 2012,    ///< what came back is no reply: too long, cut short, malformed
   kLinkTimeout = 2013,     ///< no reply, or only a part of one, within the time-out
-  kLinkCancelled = 2014,   ///< the host interrupted the transfer
   kLinkBusy = 2015,        ///< the port is not ready for a transfer; trying again may help
 };
 
