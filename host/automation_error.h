@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "host/export.h"
+
 namespace host {
 
 /// Added to every published error number when it is raised; a host that catches an error subtracts it again.
@@ -27,7 +29,8 @@ enum RuntimeFault : std::int32_t {
 /// What a transport says of a failed transfer, as offsets from kObjectErrorBase.
 /// A driver member completes 2010 to 2013 with the instrument's own error-queue entry.
 enum LinkError : std::int32_t {
-  kLinkNotOpen = 2010,     ///< the port is closed, cannot be opened, was lost, or the host interrupted the transfer
+  kLinkNotOpen =
+      2010,  ///< the port is closed, cannot be opened, was lost, or the host interrupted the transfer
   kLinkSendFailed = 2011,  ///< the command could not be delivered
   kLinkBadReply = 2012,    ///< what came back is no reply: too long, cut short, malformed
   kLinkTimeout = 2013,     ///< no reply, or only a part of one, within the time-out
@@ -36,7 +39,7 @@ enum LinkError : std::int32_t {
 
 /// An automation error: what a failed call of this system throws, and the only thing that it throws on
 /// purpose.
-class AutomationError : public std::exception {
+class QKEL4X_EXPORT AutomationError : public std::exception {
  public:
   AutomationError(std::int32_t number, std::string source, std::string description,
                   std::string help_file = {}, std::int32_t help_context = 0)

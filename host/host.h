@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "host/error_reporter.h"
+#include "host/export.h"
 #include "host/host_runtime.h"
 #include "host/message_log.h"
 #include "host/parameter_node.h"
@@ -30,10 +31,10 @@ class Host {
 };
 
 /// The host of this process. Fails with 91 while there is none.
-Host& CurrentHost();
+QKEL4X_EXPORT Host& CurrentHost();
 
 /// Makes `host` the host of this process and returns the one before it; null takes the host away. The caller
 /// keeps it alive, and changes it only while no driver is at work.
-Host* SetCurrentHost(Host* host);
+QKEL4X_EXPORT Host* SetCurrentHost(Host* host);
 
 }  // namespace host
