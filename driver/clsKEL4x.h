@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -311,11 +312,27 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   // Shapes of regular members: config/enum_setting.h, config/frequencies.cpp, measure/reading.h.
   std::int32_t ReadSetting(const EnumSetting& setting);
   void WriteSetting(const EnumSetting& setting, std::int32_t value);
+  double ReadFrequency(const FrequencySetting& setting);
   double Read(const Reading& reading);
+  double ReadNumber(const Reading& reading);
+  std::int16_t ReadInt16(const Reading& reading);
+  std::int32_t ReadInt32(const Reading& reading);
+  bool ReadLossOfLock(const Reading& reading);
+  double ReadPilotValue(const Reading& reading);
 
-  // Measure: measure/frequency_response.cpp.
+  // Stored measurements: measure/echo_pattern.cpp.
+  struct StoredTexts {
+    std::string_view source;
+    std::string_view out_of_range;
+    std::string_view no_value;
+  };
+  void ExchangeOnce(std::string_view query, std::string& reply);
+  std::optional<double> StoredValue(const StoredTexts& texts, std::span<const std::string> stored,
+                                    std::int16_t number);
+
+  // Frequency response: measure/frequency_response.cpp.
   bool DecodePair(std::string_view reply);
-  void MeasureFrequencyResponse(const MemberTexts& texts, ModeSet modes);
+  bool MeasureFrequencyResponse(const MemberTexts& texts);
 
   struct MeasureModeCache {
     KelMeasureModes mode = kelNORM;
