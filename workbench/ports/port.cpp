@@ -1,0 +1,499 @@
+#include "workbench/ports/port.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "workbench/text.h"
+
+namespace workbench {
+namespace {
+
+constexpr std::int32_t kInvalidPropertyValue = 380;
+constexpr std::size_t kFirstBuffer = 16UL * 1024UL;
+constexpr std::size_t kLargestKeptBuffer = 64UL * 1024UL;
+constexpr std::size_t kLongestTail = 64;
+constexpr double kDoubt =
+    0.05;  // seconds for which a reply after a doubtful clearing is watched for a second one
+
+}  // namespace
+
+struct Port::Transfer {
+  Transfer(TransferRecord::Kind what, std::optional<std::string_view> text, double seconds,
+           const Runtime& runtime)
+      : kind(what), command(text), deadline(seconds, runtime) {}
+
+  TransferRecord::Kind kind;
+  std::optional<std::string_view> command;
+  Deadline deadline;
+  bool started = false;  // something may have gone over the link
+  std::size_t sent = 0;
+  std::size_t received = 0;
+  std::size_t taken = 0;  // of a block
+};
+
+Port::Port(std::shared_ptr<Services> services, std::string_view class_name, std::string_view group)
+    : services_(std::move(services)), class_name_(class_name), settings_(std::make_shared<Parameter>()) {
+  settings_->Initialise(group, 4, 3, "", "");
+}
+
+// Settings
+// -----------------------------------------------------------------------------------------------------
+
+std::string Port::TextOf(std::string_view setting) const {
+  return ValueText(settings_->Item(setting)->GetValue(-1, -1));
+}
+
+std::int32_t Port::NumberOf(std::string_view setting) const {
+  const std::string text = TextOf(setting);
+  const auto number = ValueNumber(text);
+  if (!number) {
+    NotOpened(settings_->Name(),
+              "setting " + Quoted(setting) + " is " + Quoted(text) + ", which is no whole number");
+  }
+  return *number;
+}
+
+Parameter& Port::AddPlain(std::string_view name, const host::Value& value, std::string_view description) {
+  const auto node = settings_->AddChild(name, 1, 4, "", description);
+  node->SetValue(value, -1, -1);
+  return static_cast<Parameter&>(*node);
+}
+
+Parameter& Port::AddChoice(std::string_view name, std::string_view options, std::string_view value,
+                           std::string_view description) {
+  const auto node = settings_->AddChild(name, 1, 2, options, description);
+  node->SetValue(std::string(value), -1, -1);
+  return static_cast<Parameter&>(*node);
+}
+
+// Opening and closing
+// ------------------------------------------------------------------------------------------
+
+void Port::OnLine(bool on_line) {
+  if (on_line == OnLine()) return;
+  const Deadline deadline(OpenTimeout(), Host().runtime);
+  if (!on_line) {
+    ReportState(TransferRecord::Kind::kClosed, deadline, 0, {});
+    link_.reset();
+    lost_.clear();
+    return;
+  }
+  try {
+    link_ = Open(deadline);
+  } catch (const host::AutomationError& error) {
+    ReportState(TransferRecord::Kind::kOpened, deadline, error.Number(), error.Description());
+    throw;
+  }
+  DropBuffer();
+  dirty_ = doubtful_ = terminator_owed_ = false;
+  lost_.clear();
+  ReportState(TransferRecord::Kind::kOpened, deadline, 0, {});
+}
+
+void Port::NotOpened(std::string_view what, std::string_view why) const {
+  std::string text(class_name_);
+  text.append(" cannot open ").append(what).append(": ").append(why);
+  Host().errors.Raise(host::kObjectErrorBase + host::kLinkNotOpen, class_name_, text);
+}
+
+void Port::Timeout(float seconds) {
+  if (!(seconds >= 0) || !std::isfinite(seconds)) {
+    Host().errors.Raise(host::kObjectErrorBase + kInvalidPropertyValue, class_name_,
+                        "The time-out of a port is a number of seconds from 0 on");
+  }
+  timeout_ = static_cast<double>(seconds);
+}
+
+// Transfers
+// ----------------------------------------------------------------------------------------------------
+
+void Port::Write(std::string_view command) {
+  Transfer transfer(TransferRecord::Kind::kWrite, command, timeout_, Host().runtime);
+  Begin(transfer);
+  SendText(transfer);
+  Report(transfer, transfer.kind, {});
+}
+
+void Port::Exchange(std::string_view command, std::string* reply) {
+  if (reply == nullptr) {
+    Write(command);
+    return;
+  }
+  Transfer transfer(TransferRecord::Kind::kExchange, command, timeout_, Host().runtime);
+  Begin(transfer);
+  SendText(transfer);
+  const std::string_view line = ReceiveLine(transfer);
+  reply->assign(line);
+  FinishLine(transfer, line);
+}
+
+std::string Port::Query(std::optional<std::string_view> command) {
+  Transfer transfer(TransferRecord::Kind::kExchange, command, timeout_, Host().runtime);
+  Begin(transfer);
+  if (command) SendText(transfer);
+  const std::string_view line = ReceiveLine(transfer);
+  std::string reply(line);
+  FinishLine(transfer, line);
+  return reply;
+}
+
+std::vector<std::uint8_t> Port::ReadBlock(std::int16_t count, std::optional<std::string_view> command) {
+  if (count < 0) {
+    Host().errors.Raise(host::kInvalidProcedureCall, class_name_,
+                        "A block cannot have " + std::to_string(count) + " bytes");
+  }
+  Transfer transfer(TransferRecord::Kind::kBlock, command, timeout_, Host().runtime);
+  Begin(transfer);
+  if (command) {
+    SendText(transfer);
+    block_.Begin();
+  }
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(count));
+  ReceiveBytes(transfer, bytes);
+  block_.Consume(bytes);
+  if (link_->MarksEnd() && block_.Now() == BlockProgress::State::kComplete) FetchTail(transfer);
+  Report(transfer, transfer.kind, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  return bytes;
+}
+
+void Port::WriteBlock(std::int16_t format, std::span<const std::uint8_t> data,
+                      std::optional<std::string_view> command) {
+  if (format != 0 && format != 1) {
+    Host().errors.Raise(host::kInvalidProcedureCall, class_name_,
+                        "Block format " + std::to_string(format) +
+                            " does not exist: 0 sends the data as it is, 1 with a definite-length header");
+  }
+  std::string text(command.value_or(""));
+  if (format == 1) {
+    const std::string length = std::to_string(data.size());
+    text += '#';
+    text += std::to_string(length.size());
+    text += length;
+  }
+  text.append(reinterpret_cast<const char*>(data.data()), data.size());
+  Transfer transfer(TransferRecord::Kind::kWrite, text, timeout_, Host().runtime);
+  // The data may hold line feeds, so that the check of a command line is not for it.
+  transfer.kind = TransferRecord::Kind::kBlock;
+  Begin(transfer);
+  SendText(transfer);
+  Report(transfer, TransferRecord::Kind::kWrite, {});
+}
+
+void Port::Begin(Transfer& transfer) {
+  if (!link_) {
+    Fail(transfer, host::kLinkNotOpen,
+         lost_.empty() ? std::string("the port is not open") : "the port is not open any more: " + lost_);
+  }
+  if (transfer.deadline.Interrupted()) FailInterrupted(transfer);
+  if (transfer.kind != TransferRecord::Kind::kBlock && transfer.command &&
+      transfer.command->find('\n') != std::string_view::npos) {
+    Fail(transfer, host::kLinkSendFailed, "a command is one line, and this text holds a line feed");
+  }
+}
+
+/// Before a text is sent: nothing that arrived earlier may answer it.
+void Port::MakeReady(Transfer& transfer) {
+  const BlockProgress::State block = block_.Now();
+  block_.Forget();
+  if (block == BlockProgress::State::kComplete) {
+    terminator_owed_ = true;
+    SkipTerminators();
+    if (message_ended_) terminator_owed_ = false;
+  }
+  if (block == BlockProgress::State::kHeader || block == BlockProgress::State::kData ||
+      block == BlockProgress::State::kDamaged) {
+    MarkDirty();
+  }
+  const std::span<char> unread = Unread();
+  const bool line_ended = message_ended_ || (!unread.empty() && unread.back() == '\n');
+  if (block == BlockProgress::State::kText) {
+    if (!line_ended) MarkDirty();
+  } else if (!dirty_ && std::ranges::any_of(unread, [](char c) { return c != '\r'; })) {
+    // A reply came twice, or more than was asked for: the rest of that may still be on its way.
+    if (!line_ended || !link_->DropArrived()) MarkDirty();
+  }
+  if (dirty_) Resynchronise(transfer);
+  DropBuffer();
+}
+
+void Port::MarkDirty() {
+  dirty_ = true;
+  failed_at_ = Deadline::Clock::now();
+}
+
+void Port::Resynchronise(Transfer& transfer) {
+  const double since = std::chrono::duration<double>(Deadline::Clock::now() - failed_at_).count();
+  const Link::Cleared cleared = link_->Clear(transfer.deadline, since);
+  if (transfer.deadline.Interrupted()) FailInterrupted(transfer);
+  if (cleared == Link::Cleared::kFailed) {
+    Fail(transfer, host::kLinkSendFailed,
+         "the link could not be cleared after a failed transfer (" + link_->Fault() +
+             "), so that nothing was sent");
+  }
+  if (cleared == Link::Cleared::kReopen) {
+    lost_ = "it could not be opened again after a failed transfer";
+    link_.reset();
+    const Deadline reopening(std::min(OpenTimeout(), transfer.deadline.Remaining()), Host().runtime);
+    try {
+      link_ = Open(reopening);
+    } catch (const host::AutomationError& error) {
+      ReportState(TransferRecord::Kind::kOpened, reopening, error.Number(), error.Description());
+      throw;
+    }
+    lost_.clear();
+  }
+  dirty_ = false;
+  doubtful_ = cleared == Link::Cleared::kQuiet;
+  terminator_owed_ = false;
+  DropBuffer();
+  if (services_->observer.load(std::memory_order_acquire) != nullptr) {
+    ReportState(TransferRecord::Kind::kCleared, transfer.deadline, 0, {});
+  }
+}
+
+void Port::SendText(Transfer& transfer) {
+  if (begin_ != end_ || dirty_ || block_.Now() != BlockProgress::State::kNone) [[unlikely]] {
+    MakeReady(transfer);
+  }
+  transfer.started = true;
+  message_ended_ = false;
+  outgoing_.assign(*transfer.command);
+  outgoing_ += '\n';
+  std::string_view rest = outgoing_;
+  for (;;) {
+    const Attempt attempt = link_->Send(rest);
+    transfer.sent += attempt.bytes;
+    rest.remove_prefix(attempt.bytes);
+    if (rest.empty()) return;
+    if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) {
+      const std::string fault = attempt.outcome == Attempt::Outcome::kLost
+                                    ? link_->Fault()
+                                    : std::string("the other end closed the connection");
+      lost_ = fault;
+      Fail(transfer, host::kLinkNotOpen, "the link was lost while sending: " + fault);
+    }
+    if (transfer.deadline.Interrupted()) FailInterrupted(transfer);
+    if (transfer.deadline.Expired()) {
+      Fail(transfer, host::kLinkSendFailed,
+           "send timed out after " + SecondsText(transfer.deadline.Elapsed()) + ": the other end took " +
+               std::to_string(transfer.sent) + " of " + ByteCount(outgoing_.size()));
+    }
+  }
+}
+
+std::size_t Port::ReceiveInto(Transfer& transfer, std::span<char> into, bool& end) {
+  for (;;) {
+    const Attempt attempt = link_->Receive(into);
+    if (attempt.outcome == Attempt::Outcome::kDone) [[likely]] {
+      transfer.received += attempt.bytes;
+      end = attempt.end;
+      return attempt.bytes;
+    }
+    if (attempt.outcome == Attempt::Outcome::kLost) {
+      lost_ = link_->Fault();
+      Fail(transfer, host::kLinkNotOpen, "the link was lost while waiting for the reply: " + lost_);
+    }
+    if (attempt.outcome == Attempt::Outcome::kClosed) {
+      lost_ = "the other end closed the connection";
+      if (transfer.received == 0) {
+        Fail(transfer, host::kLinkNotOpen, "the other end closed the connection before it replied");
+      }
+      Fail(transfer, host::kLinkBadReply, "the reply was cut short: the other end closed the connection");
+    }
+    CheckDeadline(transfer);
+  }
+}
+
+void Port::CheckDeadline(Transfer& transfer) {
+  if (transfer.deadline.Interrupted()) FailInterrupted(transfer);
+  if (!transfer.deadline.Expired()) return;
+  const std::string within = " within " + SecondsText(transfer.deadline.Seconds());
+  Fail(transfer, host::kLinkTimeout,
+       transfer.received == 0 ? "no reply" + within : "only a part of the reply came" + within);
+}
+
+void Port::ReceiveMore(Transfer& transfer) {
+  if (begin_ == end_) {
+    begin_ = end_ = 0;
+  } else if (end_ == buffer_.size() && begin_ > 0) {
+    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
+  }
+  if (end_ == buffer_.size()) buffer_.resize(std::max(kFirstBuffer, buffer_.size() * 2));
+  bool end = false;
+  end_ += ReceiveInto(transfer, std::span(buffer_).subspan(end_), end);
+  message_ended_ = end;
+}
+
+/// Passes over what may precede a reply: the CR of a terminator LF CR, and the terminator of a block.
+void Port::SkipTerminators() {
+  while (begin_ != end_) {
+    const char c = buffer_[begin_];
+    if (c == '\n' && terminator_owed_) {
+      terminator_owed_ = false;
+    } else if (c != '\r') {
+      terminator_owed_ = false;
+      return;
+    }
+    ++begin_;
+  }
+}
+
+/// The next reply line without its terminator. It stays in the buffer until FinishLine.
+std::string_view Port::ReceiveLine(Transfer& transfer) {
+  transfer.started = true;
+  std::size_t searched = 0;
+  for (bool first = true;; first = false) {
+    if (searched == 0) SkipTerminators();
+    std::string_view unread(buffer_.data() + begin_, end_ - begin_);
+    const std::size_t feed = unread.find('\n', searched);
+    if (std::min(feed, unread.size()) > kLongestLine) {
+      Fail(transfer, host::kLinkBadReply, "the reply line is longer than " + ByteCount(kLongestLine));
+    }
+    if (feed != std::string_view::npos || (message_ended_ && !unread.empty())) {
+      if (doubtful_) WatchForSecondReply(transfer);
+      line_bytes_ = std::min(feed, unread.size() - 1) + 1;
+      std::string_view line = unread.substr(0, feed);
+      if (line.ends_with('\r')) line.remove_suffix(1);
+      return line;
+    }
+    searched = unread.size();
+    if (!first) CheckDeadline(transfer);
+    ReceiveMore(transfer);
+  }
+}
+
+void Port::FinishLine(Transfer& transfer, std::string_view line) {
+  Report(transfer, transfer.kind, line);
+  begin_ += line_bytes_;
+  if (begin_ == end_ && buffer_.size() > kLargestKeptBuffer) DropBuffer();
+}
+
+/// A second reply in a row means that the first was a late one, or that the instrument says everything twice;
+/// which of the two answers the query cannot be told.
+void Port::WatchForSecondReply(Transfer& transfer) {
+  doubtful_ = false;
+  std::array<char, 256> more{};
+  const Deadline watch(std::min(kDoubt, transfer.deadline.Remaining()), Host().runtime);
+  bool second = std::ranges::count(Unread(), '\n') > 1 || (!Unread().empty() && Unread().back() != '\n');
+  while (!second && !watch.Expired() && !watch.Interrupted()) {
+    const Attempt attempt = link_->Receive(more);
+    if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) return;
+    second = std::any_of(more.begin(), more.begin() + static_cast<std::ptrdiff_t>(attempt.bytes),
+                         [](char c) { return c != '\r'; });
+  }
+  if (second) {
+    Fail(transfer, host::kLinkBadReply,
+         "two replies came, one of them late; which answers this query cannot be told");
+  }
+}
+
+void Port::ReceiveBytes(Transfer& transfer, std::span<std::uint8_t> into) {
+  transfer.started = true;
+  std::size_t have = 0;
+  for (bool first = true; have < into.size(); first = false) {
+    if (block_.AtStart() && have == 0) SkipTerminators();
+    const std::span<char> unread = Unread();
+    const std::size_t taken = std::min(unread.size(), into.size() - have);
+    if (taken > 0) std::memcpy(into.data() + have, unread.data(), taken);
+    have += taken;
+    begin_ += taken;
+    transfer.taken = have;
+    if (have == into.size()) break;
+    if (message_ended_) {
+      Fail(transfer, host::kLinkBadReply,
+           "the reply ended after " + std::to_string(have) + " of " + ByteCount(into.size()));
+    }
+    if (!first) CheckDeadline(transfer);
+    // A large remainder is received where it belongs, past the buffer.
+    if (into.size() - have >= kFirstBuffer / 4) {
+      bool end = false;
+      have += ReceiveInto(transfer, {reinterpret_cast<char*>(into.data()) + have, into.size() - have}, end);
+      message_ended_ = end;
+      transfer.taken = have;
+    } else {
+      ReceiveMore(transfer);
+    }
+  }
+  if (buffer_.size() > kLargestKeptBuffer && begin_ == end_) DropBuffer();
+}
+
+/// Where the bus marks the end of a message, the instrument keeps the terminator of a block until it is
+/// fetched.
+void Port::FetchTail(Transfer& transfer) {
+  while (!message_ended_ && Unread().size() < kLongestTail) {
+    ReceiveMore(transfer);
+    CheckDeadline(transfer);
+  }
+}
+
+void Port::DropBuffer() {
+  begin_ = end_ = 0;
+  if (buffer_.size() > kLargestKeptBuffer) std::vector<char>().swap(buffer_);
+}
+
+// Reports
+// ------------------------------------------------------------------------------------------------------
+
+void Port::Report(const Transfer& transfer, TransferRecord::Kind kind, std::string_view received,
+                  std::int32_t number, std::string_view error) const {
+  TransferObserver* const observer = services_->observer.load(std::memory_order_acquire);
+  if (observer == nullptr) return;
+  TransferRecord record;
+  record.kind = kind;
+  record.port = class_name_;
+  if (link_) record.peer = link_->Peer();
+  record.sent = transfer.command.value_or("");
+  record.received = received;
+  record.seconds = transfer.deadline.Elapsed();
+  record.begin =
+      std::chrono::system_clock::now() - std::chrono::duration_cast<std::chrono::system_clock::duration>(
+                                             std::chrono::duration<double>(record.seconds));
+  record.error_number = number;
+  record.error = error;
+  observer->Observe(record);
+}
+
+void Port::ReportState(TransferRecord::Kind kind, const Deadline& deadline, std::int32_t number,
+                       std::string_view error) const {
+  Transfer nothing(kind, std::nullopt, 0, Host().runtime);
+  nothing.deadline = deadline;
+  Report(nothing, kind, {}, number, error);
+}
+
+void Port::FailInterrupted(Transfer& transfer) {
+  Fail(transfer, host::kLinkNotOpen, "the host interrupted the transfer");
+}
+
+void Port::Fail(Transfer& transfer, host::LinkError error, std::string_view what) {
+  const double seconds = transfer.deadline.Elapsed();
+  std::string text(class_name_);
+  if (link_) text.append(" to ").append(link_->Peer());
+  text.append(": ").append(what).append(". ");
+  const bool unsent = !transfer.command || !transfer.started;
+  if (transfer.command) {
+    text.append(unsent ? "Not sent: " : "Sent: ").append(Quoted(*transfer.command));
+  } else {
+    text.append("Nothing was sent before");
+  }
+  text.append("; ").append(ByteCount(transfer.received)).append(" came back");
+  std::string_view partial;
+  if (transfer.kind == TransferRecord::Kind::kExchange && transfer.received > 0) {
+    partial = {buffer_.data() + begin_, end_ - begin_};
+    text.append(" (").append(Quoted(partial)).append(")");
+  }
+  text.append(" in ").append(SecondsText(seconds));
+
+  const std::int32_t number = host::kObjectErrorBase + error;
+  Report(transfer, transfer.kind, partial, number, text);
+  if (transfer.started) MarkDirty();
+  if (!lost_.empty()) link_.reset();
+  Host().errors.Raise(number, class_name_, text);
+}
+
+}  // namespace workbench

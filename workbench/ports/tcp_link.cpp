@@ -1,0 +1,231 @@
+#include "workbench/ports/tcp_link.h"
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+
+#include "workbench/ports/sockets.h"
+#include "workbench/text.h"
+
+namespace workbench {
+namespace {
+
+using sockets::Socket;
+
+/// Closes the socket that it holds.
+class OwnedSocket {
+ public:
+  explicit OwnedSocket(Socket socket) : socket_(socket) {}
+  OwnedSocket(const OwnedSocket&) = delete;
+  OwnedSocket& operator=(const OwnedSocket&) = delete;
+  OwnedSocket(OwnedSocket&& other) noexcept : socket_(std::exchange(other.socket_, sockets::kNone)) {}
+  OwnedSocket& operator=(OwnedSocket&&) = delete;
+  ~OwnedSocket() {
+    if (socket_ != sockets::kNone) sockets::Close(socket_);
+  }
+  Socket Get() const { return socket_; }
+
+ private:
+  Socket socket_;
+};
+
+class TcpLink final : public Link {
+ public:
+  TcpLink(OwnedSocket socket, std::string peer) : socket_(std::move(socket)), peer_(std::move(peer)) {}
+
+  std::string_view Peer() const override { return peer_; }
+  std::string Fault() const override { return sockets::ErrorText(error_); }
+
+  Attempt Send(std::string_view rest) override {
+    const auto sent = sockets::Send(socket_.Get(), rest.data(), rest.size());
+    if (sent >= 0) return {Attempt::Outcome::kDone, static_cast<std::size_t>(sent), false};
+    return Failed();
+  }
+
+  Attempt Receive(std::span<char> into) override {
+    const auto received = sockets::Receive(socket_.Get(), into.data(), into.size());
+    if (received > 0) return {Attempt::Outcome::kDone, static_cast<std::size_t>(received), false};
+    if (received == 0) return {Attempt::Outcome::kClosed, 0, false};
+    return Failed();
+  }
+
+  /// What was sent over the old connection can be answered over the old connection only.
+  Cleared Clear(const Deadline&, double) override { return Cleared::kReopen; }
+
+  bool DropArrived() override {
+    sockets::Blocking(socket_.Get(), false);
+    std::array<char, 4096> arrived;
+    bool emptied = false;
+    for (int i = 0; i < 64 && !emptied; ++i) {
+      emptied = sockets::Receive(socket_.Get(), arrived.data(), arrived.size()) <= 0;
+    }
+    sockets::Blocking(socket_.Get(), true);
+    return emptied;
+  }
+
+ private:
+  Attempt Failed() {
+    error_ = sockets::LastError();
+    if (sockets::WouldBlock(error_) || sockets::Signalled(error_)) return {};
+    return {Attempt::Outcome::kLost, 0, false};
+  }
+
+  OwnedSocket socket_;
+  std::string peer_;
+  int error_ = 0;
+};
+
+struct FreeAddresses {
+  void operator()(addrinfo* list) const { ::freeaddrinfo(list); }
+};
+using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
+
+struct Resolution {
+  int error = 0;
+  Addresses addresses;
+};
+
+Resolution Resolve(const std::string& host_name, const std::string& port, int flags) {
+  addrinfo hints{};
+  hints.ai_family = AF_UNSPEC;
+  hints.ai_socktype = SOCK_STREAM;
+  hints.ai_flags = flags | AI_NUMERICSERV;
+  addrinfo* list = nullptr;
+  Resolution resolution;
+  resolution.error = ::getaddrinfo(host_name.c_str(), port.c_str(), &hints, &list);
+  if (resolution.error == 0) resolution.addresses.reset(list);
+  return resolution;
+}
+
+/// Looks the name up on a thread of its own: the system's look-up knows no deadline.
+std::optional<Resolution> ResolveInTime(const std::string& host_name, const std::string& port,
+                                        const Deadline& deadline) {
+  if (auto numeric = Resolve(host_name, port, AI_NUMERICHOST); numeric.error == 0) return numeric;
+  struct Shared {
+    std::mutex mutex;
+    std::optional<Resolution> result;
+  };
+  const auto shared = std::make_shared<Shared>();
+  std::thread([shared, host_name, port] {
+    auto result = Resolve(host_name, port, 0);
+    const std::lock_guard lock(shared->mutex);
+    shared->result = std::move(result);
+  }).detach();
+  for (auto pause = std::chrono::milliseconds(1);; pause = std::min(2 * pause, kSlice)) {
+    {
+      const std::lock_guard lock(shared->mutex);
+      if (shared->result) return std::move(shared->result);
+    }
+    if (deadline.Expired() || deadline.Interrupted()) return std::nullopt;
+    std::this_thread::sleep_for(pause);
+  }
+}
+
+std::string Numeric(const addrinfo& address) {
+  std::array<char, NI_MAXHOST> host_text{};
+  std::array<char, NI_MAXSERV> port_text{};
+  ::getnameinfo(address.ai_addr, static_cast<socklen_t>(address.ai_addrlen), host_text.data(),
+                static_cast<socklen_t>(host_text.size()), port_text.data(),
+                static_cast<socklen_t>(port_text.size()), NI_NUMERICHOST | NI_NUMERICSERV);
+  return PeerName(host_text.data(), port_text.data());
+}
+
+/// None where the address did not take the connection; says why.
+std::optional<OwnedSocket> Connect(const addrinfo& address, const Deadline& deadline, std::string& why) {
+#ifdef SOCK_CLOEXEC
+  const int type = address.ai_socktype | SOCK_CLOEXEC;
+#else
+  const int type = address.ai_socktype;
+#endif
+  OwnedSocket socket(::socket(address.ai_family, type, address.ai_protocol));
+  if (socket.Get() == sockets::kNone) {
+    why = sockets::ErrorText(sockets::LastError());
+    return std::nullopt;
+  }
+  sockets::Blocking(socket.Get(), false);
+  if (::connect(socket.Get(), address.ai_addr, static_cast<socklen_t>(address.ai_addrlen)) != 0) {
+    if (const int error = sockets::LastError(); !sockets::Connecting(error)) {
+      why = sockets::ErrorText(error);
+      return std::nullopt;
+    }
+    for (;;) {
+      pollfd entry{};
+      entry.fd = socket.Get();
+      entry.events = POLLOUT;
+      if (sockets::Poll(&entry, static_cast<int>(kSlice.count())) > 0) break;
+      if (deadline.Interrupted()) {
+        why = "the host interrupted";
+        return std::nullopt;
+      }
+      if (deadline.Expired()) {
+        why = "no answer within " + SecondsText(deadline.Seconds());
+        return std::nullopt;
+      }
+    }
+    int error = 0;
+    socklen_t size = sizeof error;
+    ::getsockopt(socket.Get(), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
+    if (error != 0) {
+      why = sockets::ErrorText(error);
+      return std::nullopt;
+    }
+  }
+  sockets::Blocking(socket.Get(), true);
+  sockets::Flag(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
+  sockets::Flag(socket.Get(), SOL_SOCKET, SO_KEEPALIVE, 1);
+#ifdef TCP_KEEPIDLE
+  sockets::Flag(socket.Get(), IPPROTO_TCP, TCP_KEEPIDLE, 30);
+  sockets::Flag(socket.Get(), IPPROTO_TCP, TCP_KEEPINTVL, 10);
+  sockets::Flag(socket.Get(), IPPROTO_TCP, TCP_KEEPCNT, 3);
+#endif
+  sockets::SliceOption(socket.Get(), SO_RCVTIMEO, kSlice);
+  sockets::SliceOption(socket.Get(), SO_SNDTIMEO, kSlice);
+  return socket;
+}
+
+}  // namespace
+
+std::string PeerName(std::string_view host_name, std::string_view port) {
+  std::string text;
+  if (host_name.find(':') != std::string_view::npos) {
+    text.append("[").append(host_name).append("]");
+  } else {
+    text.append(host_name);
+  }
+  return text.append(":").append(port);
+}
+
+std::unique_ptr<Link> ConnectTcp(const std::string& host_name, const std::string& port,
+                                 const Deadline& deadline, std::string& why) {
+  sockets::Start();
+  if (deadline.Interrupted()) {
+    why = "the host interrupted";
+    return nullptr;
+  }
+  const auto resolution = ResolveInTime(host_name, port, deadline);
+  if (!resolution) {
+    why = deadline.Interrupted() ? "the host interrupted the look-up of the name"
+                                 : "the name was not found within " + SecondsText(deadline.Seconds());
+    return nullptr;
+  }
+  if (resolution->error != 0) {
+    why = std::string("the name was not found (") + ::gai_strerror(resolution->error) + ")";
+    return nullptr;
+  }
+  for (const addrinfo* address = resolution->addresses.get(); address != nullptr;
+       address = address->ai_next) {
+    std::string reason;
+    auto socket = Connect(*address, deadline, reason);
+    const std::string numeric = Numeric(*address);
+    if (socket) return std::make_unique<TcpLink>(std::move(*socket), numeric);
+    if (!why.empty()) why += "; ";
+    why += numeric + ": " + reason;
+    if (deadline.Expired() || deadline.Interrupted()) break;
+  }
+  return nullptr;
+}
+
+}  // namespace workbench
