@@ -12,7 +12,7 @@ namespace simulator {
 /// The channel's response over the signal's band, without the parts that do not matter: the mean gain, the
 /// constant phase and the mean delay.
 struct ChannelResponse {
-  static constexpr int kPoints = 121;
+  static constexpr int kPoints = 401;
   std::vector<double> frequency_mhz;  ///< relative to the channel centre
   std::vector<double> amplitude_db;
   std::vector<double> phase_deg;

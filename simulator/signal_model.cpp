@@ -187,6 +187,11 @@ ErrorRatios DecoderErrors(double signal_to_error) {
   constexpr int kCorrectable = 10;
   const double byte_error = -std::expm1(8.0 * std::log1p(-errors.ber_before_rs));
   if (byte_error <= 0.0) return errors;
+  if (byte_error > 0.5) {  // where no segment survives and the sum below would underflow
+    errors.segment_error_ratio = 1.0;
+    errors.ber_after_rs = errors.ber_before_rs;
+    return errors;
+  }
   double term = std::exp(kBytes * std::log1p(-byte_error));
   double failed = 0.0;
   double wrong_bytes = 0.0;
@@ -198,7 +203,7 @@ ErrorRatios DecoderErrors(double signal_to_error) {
     if (term < failed * 1e-9 && wrong > kBytes * byte_error) break;
   }
   errors.segment_error_ratio = std::min(1.0, failed);
-  errors.ber_after_rs = std::min(0.5, wrong_bytes / kBytes * errors.ber_before_rs / byte_error);
+  errors.ber_after_rs = errors.ber_before_rs * std::min(1.0, wrong_bytes / kBytes / byte_error);
   return errors;
 }
 
