@@ -36,7 +36,17 @@ class Runtime final : public host::HostRuntime {
   /// ClearInterrupt. One atomic store: a signal handler may call it.
   void Interrupt() noexcept { interrupted_.store(true, std::memory_order_relaxed); }
   void ClearInterrupt() noexcept { interrupted_.store(false, std::memory_order_relaxed); }
-  bool Interrupted() const noexcept { return interrupted_.load(std::memory_order_relaxed); }
+  bool Interrupted() const noexcept {
+    if (interrupted_.load(std::memory_order_relaxed)) return true;
+    const Question question = question_.load(std::memory_order_relaxed);
+    return question != nullptr && question();
+  }
+
+  /// Whether the wait or transfer of the calling thread is to end, which a host answers that interrupts one of its
+  /// threads only.
+  using Question = bool (*)() noexcept;
+  /// Has that question asked beside the flag, once a slice; null for no longer.
+  void InterruptWhen(Question question) noexcept { question_.store(question, std::memory_order_relaxed); }
 
  private:
   const Clock clock_;
@@ -44,6 +54,7 @@ class Runtime final : public host::HostRuntime {
   std::atomic<std::int64_t> simulated_ns_{0};
   std::atomic<bool> simulation_active_{false};
   std::atomic<bool> interrupted_{false};
+  std::atomic<Question> question_{nullptr};
   static_assert(std::atomic<bool>::is_always_lock_free);
 };
 
