@@ -33,21 +33,17 @@ Value AsClientsHaveIt(const CaseValue& value) {
   return {};
 }
 
-class ByName final : public Calls {
+class ByName final : public CallsInProcess {
  public:
-  Value Get(qkel4x::clsKEL4x& driver, const std::string& interface, const std::string& member,
-            std::span<Value> arguments) override {
-    return automation::Get(ObjectOf(driver, interface), InCapitals(member), arguments);
+  Value Get(const std::string& interface, const std::string& member, std::span<Value> arguments) override {
+    return automation::Get(ObjectOf(Driver(), interface), InCapitals(member), arguments);
   }
 
-  void Put(qkel4x::clsKEL4x& driver, const std::string& interface, const std::string& member,
-           const CaseValue& value) override {
-    automation::Put(ObjectOf(driver, interface), InCapitals(member), AsClientsHaveIt(value));
+  void Put(const std::string& interface, const std::string& member, const CaseValue& value) override {
+    automation::Put(ObjectOf(Driver(), interface), InCapitals(member), AsClientsHaveIt(value));
   }
 
-  void Call(qkel4x::clsKEL4x& driver, const std::string& member) override {
-    automation::Call(driver, InCapitals(member));
-  }
+  void Call(const std::string& member) override { automation::Call(Driver(), InCapitals(member)); }
 
   Value GetField(qkel4x::clsStatistics& statistics, const std::string& member) override {
     return automation::Get(statistics, InCapitals(member));

@@ -85,18 +85,23 @@ std::string Joined(const std::vector<std::string>& lines) {
 class Run {
  public:
   Run(const Case& one, Calls& calls) : case_(one), calls_(calls) {}
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+  ~Run() { calls_.Release(); }
 
   void Prepare() {
-    driver_ = std::make_unique<qkel4x::clsKEL4x>();
-    driver_->Settings()->Item("Remote Control")->SetValue(case_.port, -1, -1);
-    driver_->Settings()->Item("Log Messages")->SetValue(std::string(case_.log ? "Yes" : "No"), -1, -1);
+    calls_.Create();
+    const auto settings = calls_.Settings();
+    settings->Item("Remote Control")->SetValue(case_.port, -1, -1);
+    settings->Item("Log Messages")->SetValue(std::string(case_.log ? "Yes" : "No"), -1, -1);
     if (case_.on_line) {
       host_.LetPass();
       if (case_.port == "QPort.clsComm") host_.serial_ports = {1};
-      driver_->OnLine(true);
-      if (!driver_->OnLine()) throw Difference("the driver does not go on line");
+      calls_.Put("IDriverSetup", "OnLine", true);
+      if (calls_.Get("IDriverSetup", "OnLine", {}) != Value(true))
+        throw Difference("the driver does not go on line");
     }
-    if (case_.mode) driver_->MeasureMode(static_cast<qkel4x::KelMeasureModes>(*case_.mode));
+    if (case_.mode) calls_.Put("", "MeasureMode", std::int64_t{*case_.mode});
     if (host_.Port()) host_.Port()->PresetTimeout(static_cast<float>(case_.timeout));
     host_.simulation = case_.simulation;
   }
@@ -124,16 +129,16 @@ class Run {
         Get(step);
         break;
       case Step::Action::kPut:
-        calls_.Put(*driver_, step.interface, step.member, step.value);
+        calls_.Put(step.interface, step.member, step.value);
         break;
       case Step::Action::kCall:
-        calls_.Call(*driver_, step.member);
+        calls_.Call(step.member);
         break;
       case Step::Action::kSimulation:
         host_.simulation = std::get<bool>(step.value);
         break;
       case Step::Action::kSetting: {
-        const auto node = driver_->Settings()->Item(step.member);
+        const auto node = calls_.Settings()->Item(step.member);
         if (step.write != CaseValue()) {
           node->SetValue(InHostTerms(step.write), -1, -1);
         } else {
@@ -142,11 +147,11 @@ class Run {
         break;
       }
       case Step::Action::kStatistics:
-        statistics_ = std::make_shared<qkel4x::clsStatistics>();
+        statistics_ = calls_.NewStatistics();
         calls_.WriteStatistics(*statistics_, step.member);
         break;
       case Step::Action::kRelease:
-        driver_.reset();
+        calls_.Release();
         break;
     }
   }
@@ -166,7 +171,7 @@ class Run {
         if (has_buffer) run.buffer_ = std::get<automation::Bytes>(arguments.back());
       }
     } keep{*this, arguments, has_buffer};
-    const Value result = calls_.Get(*driver_, step.interface, step.member, arguments);
+    const Value result = calls_.Get(step.interface, step.member, arguments);
     if (const auto* statistics = std::get_if<automation::Statistics>(&result)) {
       if (*statistics == statistics_) throw Difference("the same object again, not a new one");
       statistics_ = *statistics;
@@ -200,7 +205,7 @@ class Run {
     if (own && (host_.raised.empty() || host_.raised.back().Description() != error.Description())) {
       throw Difference("the error did not go through the error reporter: " + got);
     }
-    if (own && (!error.HelpFile().empty() || error.HelpContext() != 0))
+    if (own && (error.HelpFile() != calls_.HelpFile() || error.HelpContext() != 0))
       throw Difference("the error has help");
     if (error.Source() == "QPort" && (error.HelpFile() != "QPORT.HLP" || error.HelpContext() != 7)) {
       throw Difference("the error passed through has lost its help");
@@ -227,13 +232,12 @@ class Run {
   }
 
   void CompareText(const std::optional<std::string>& expected, const std::string& member) {
-    if (expected) Compare(member, *expected, InCaseTerms(calls_.Get(*driver_, "", member, {})));
+    if (expected) Compare(member, *expected, InCaseTerms(calls_.Get("", member, {})));
   }
 
   const Case& case_;
   Calls& calls_;
   ScriptedHost host_;
-  std::unique_ptr<qkel4x::clsKEL4x> driver_;
   std::shared_ptr<qkel4x::clsStatistics> statistics_;
   Bytes buffer_;
 };

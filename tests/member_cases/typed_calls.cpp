@@ -56,11 +56,10 @@ Value Exactly(const CaseValue& value, ValueType type) {
   }
 }
 
-class Typed final : public Calls {
+class Typed final : public CallsInProcess {
  public:
-  Value Get(qkel4x::clsKEL4x& driver, const std::string& interface, const std::string& member,
-            std::span<Value> arguments) override {
-    const Target target = TargetOf(driver, interface);
+  Value Get(const std::string& interface, const std::string& member, std::span<Value> arguments) override {
+    const Target target = TargetOf(Driver(), interface);
     const automation::Member& row = Row(target.owner, member);
     if (row.Parameters().size() != arguments.size())
       throw std::logic_error(member + ": wrong argument count");
@@ -73,18 +72,17 @@ class Typed final : public Calls {
     return row.Get(target.object, arguments);
   }
 
-  void Put(qkel4x::clsKEL4x& driver, const std::string& interface, const std::string& member,
-           const CaseValue& value) override {
-    const Target target = TargetOf(driver, interface);
+  void Put(const std::string& interface, const std::string& member, const CaseValue& value) override {
+    const Target target = TargetOf(Driver(), interface);
     const automation::Member& row = Row(target.owner, member);
     if (!row.Writable()) throw std::logic_error(member + " cannot be written");
     row.Put(target.object, Exactly(value, row.access.type.value));
   }
 
-  void Call(qkel4x::clsKEL4x& driver, const std::string& member) override {
+  void Call(const std::string& member) override {
     const automation::Member& row = Row(automation::kDriverClass, member);
     if (row.access.kind != automation::Kind::kMethod) throw std::logic_error(member + " is no method");
-    row.Get(&driver);
+    row.Get(&Driver());
   }
 
   Value GetField(qkel4x::clsStatistics& statistics, const std::string& member) override {
