@@ -13,21 +13,39 @@
 
 namespace workbench {
 
+/// The simulated instruments by name; the ports hold it too.
+struct Workbench::Instruments {
+  std::shared_ptr<simulator::SharedInstrument> Find(const std::string& name) {
+    const std::lock_guard lock(mutex);
+    auto& instrument = by_name[name];
+    if (!instrument) {
+      instrument = std::make_shared<simulator::SharedInstrument>(
+          configuration, [runtime = services] { return runtime->runtime.Now(); });
+    }
+    return instrument;
+  }
+
+  simulator::Configuration configuration;
+  std::shared_ptr<Services> services;
+  std::mutex mutex;
+  std::map<std::string, std::shared_ptr<simulator::SharedInstrument>> by_name;
+};
+
 Workbench::Workbench(Options options)
     : options_(std::move(options)),
       services_(std::make_shared<Services>(options_.virtual_clock ? Runtime::Clock::kVirtual
                                                                   : Runtime::Clock::kReal)),
-      runtime_(&services_->runtime) {
+      runtime_(&services_->runtime),
+      instruments_(std::make_shared<Instruments>()) {
+  instruments_->configuration = options_.simulator;
+  instruments_->services = services_;
   RegisterTransport("QPort.clsGPIB", [services = services_] { return std::make_shared<GpibPort>(services); });
   RegisterTransport("QPort.clsComm", [this] {
     return std::make_shared<SerialPort>(services_, SerialPorts{options_.serial_devices, HasVirtualCom1()});
   });
   RegisterTransport("QPort.clsEthernet",
                     [services = services_] { return std::make_shared<TcpPort>(services); });
-  RegisterTransport("QPort.clsGUI", [services = services_] {
-    return std::make_shared<FrontPanelPort>(services,
-                                            [](const std::string&) { return EmbeddedInstrument(); });
-  });
+  RegisterEmbedded("QPort.clsGUI", "GUI");
 }
 
 Workbench::~Workbench() = default;
@@ -73,6 +91,19 @@ TransportFactory Workbench::UnregisterTransport(std::string_view class_name) {
 
 void Workbench::Observe(TransferObserver* observer) {
   services_->observer.store(observer, std::memory_order_release);
+}
+
+std::shared_ptr<simulator::SharedInstrument> Workbench::FrontPanel(const std::string& name) {
+  return instruments_->Find(name);
+}
+
+void Workbench::RegisterEmbedded(std::string_view class_name, std::string_view group) {
+  RegisterTransport(class_name, [services = services_, instruments = instruments_,
+                                 class_text = std::string(class_name), group_text = std::string(group)] {
+    return std::make_shared<FrontPanelPort>(
+        services, [instruments](const std::string& name) { return instruments->Find(name); }, class_text,
+        group_text);
+  });
 }
 
 bool Workbench::HasVirtualCom1() {

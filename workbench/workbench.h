@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "host/host.h"
+#include "simulator/shared_instrument.h"
 #include "workbench/error_reporter.h"
 #include "workbench/message_log.h"
 #include "workbench/parameters/parameter.h"
@@ -32,6 +33,8 @@ struct Options {
   /// Where none of these devices opens, COM1 is a serial line of its own with nobody at the other end, so
   /// that the driver can be created on a machine without a serial port.
   bool virtual_com1 = true;
+  /// The instruments behind the front panel.
+  simulator::Configuration simulator;
 };
 
 /// A complete host. Any thread may call any member; a driver object with its transport and its settings
@@ -67,6 +70,12 @@ class Workbench final : public host::Host {
   /// and keep it alive until it is replaced or the last port is gone.
   void Observe(TransferObserver* observer);
 
+  /// The simulated instrument of that name, made on first use. It keeps the time of this workbench's clock.
+  std::shared_ptr<simulator::SharedInstrument> FrontPanel(const std::string& name = "SIM");
+  /// Makes `class_name` a port to these instruments too, for use as any other bus, with the settings tree
+  /// `group` of which only "Instrument" counts.
+  void RegisterEmbedded(std::string_view class_name, std::string_view group);
+
   /// Whether COM1 is the workbench's own serial line because no device of this machine opened.
   bool HasVirtualCom1();
 
@@ -83,6 +92,9 @@ class Workbench final : public host::Host {
 
   std::mutex classes_mutex_;
   std::map<std::string, Registered> classes_;  // by the name in small letters
+
+  struct Instruments;
+  const std::shared_ptr<Instruments> instruments_;
 
   std::once_flag serial_ports_seen_;
   bool has_virtual_com1_ = false;

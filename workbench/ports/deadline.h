@@ -19,6 +19,7 @@ class Deadline {
 
   /// As asked for, in seconds.
   double Seconds() const { return seconds_; }
+  Clock::time_point Begun() const { return begin_; }
   double Elapsed() const { return std::chrono::duration<double>(Clock::now() - begin_).count(); }
   double Remaining() const { return std::max(0.0, seconds_ - Elapsed()); }
   bool Expired() const { return Elapsed() >= seconds_; }

@@ -10,67 +10,60 @@ namespace {
 
 class EmbeddedLink final : public Link {
  public:
-  EmbeddedLink(EmbeddedInstrument instrument, std::string peer)
+  EmbeddedLink(std::shared_ptr<simulator::SharedInstrument> instrument, std::string peer)
       : instrument_(std::move(instrument)), peer_(std::move(peer)) {}
 
   std::string_view Peer() const override { return peer_; }
-  std::string Fault() const override { return fault_; }
+  std::string Fault() const override { return {}; }
 
   Attempt Send(std::string_view rest) override {
     std::string_view line = rest;
     if (line.ends_with('\n')) line.remove_suffix(1);
-    try {
-      std::optional<std::string> answer = instrument_(line);
-      reply_ = std::move(answer).value_or(std::string());
-    } catch (const std::exception& error) {
-      fault_ = error.what();
-      return {Attempt::Outcome::kLost, 0, false};
-    }
-    read_ = 0;
+    instrument_->Execute(line, answer_);
+    if (answer_.has_reply) answer_.bytes += '\n';
+    unread_ = answer_.has_reply ? std::string_view(answer_.bytes) : std::string_view();
     return {Attempt::Outcome::kDone, rest.size(), false};
   }
 
   Attempt Receive(std::span<char> into) override {
-    const std::size_t bytes = std::min(into.size(), reply_.size() - read_);
-    if (bytes == 0) {
+    if (unread_.empty()) {
       std::this_thread::sleep_for(kSlice);
       return {};
     }
-    std::memcpy(into.data(), reply_.data() + read_, bytes);
-    read_ += bytes;
-    return {Attempt::Outcome::kDone, bytes, read_ == reply_.size()};
+    const std::size_t bytes = std::min(into.size(), unread_.size());
+    std::memcpy(into.data(), unread_.data(), bytes);
+    unread_.remove_prefix(bytes);
+    return {Attempt::Outcome::kDone, bytes, unread_.empty()};
   }
 
   Cleared Clear(const Deadline&, double) override {
-    DropArrived();
+    unread_ = {};
     return Cleared::kClean;
   }
-  bool DropArrived() override {
-    reply_.clear();
-    read_ = 0;
-    return true;
+  Attempt DropArrived() override {
+    const std::size_t dropped = unread_.size();
+    unread_ = {};
+    return {Attempt::Outcome::kDone, dropped, false};
   }
 
  private:
-  EmbeddedInstrument instrument_;
+  std::shared_ptr<simulator::SharedInstrument> instrument_;
   std::string peer_;
-  std::string reply_;
-  std::size_t read_ = 0;
-  std::string fault_;
+  simulator::Instrument::Answer answer_;
+  std::string_view unread_;
 };
 
 }  // namespace
 
-FrontPanelPort::FrontPanelPort(std::shared_ptr<Services> services, InstrumentSource source)
-    : Port(std::move(services), "QPort.clsGUI", "GUI"), source_(std::move(source)) {
-  AddPlain("Instrument", std::string("SIM"), "Name of the embedded instrument");
+FrontPanelPort::FrontPanelPort(std::shared_ptr<Services> services, InstrumentSource source,
+                               std::string_view class_name, std::string_view group)
+    : Port(std::move(services), class_name, group), source_(std::move(source)) {
+  AddPlain("Instrument", std::string("SIM"), "Name of the simulated instrument");
 }
 
 std::unique_ptr<Link> FrontPanelPort::Open(const Deadline&) {
   const std::string name = TextOf("Instrument");
-  auto instrument = source_(name);
-  if (!instrument) NotOpened("the front panel " + name, "there is no instrument of that name");
-  return std::make_unique<EmbeddedLink>(std::move(instrument), "the front panel of " + name);
+  return std::make_unique<EmbeddedLink>(source_(name), "the simulated instrument " + name);
 }
 
 }  // namespace workbench

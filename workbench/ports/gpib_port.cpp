@@ -1,6 +1,12 @@
 #include "workbench/ports/gpib_port.h"
 
+#include <string>
 #include <utility>
+
+#include "workbench/ports/gpib_adapter.h"
+#include "workbench/ports/gpib_library.h"
+#include "workbench/ports/serial_link.h"
+#include "workbench/ports/tcp_link.h"
 
 namespace workbench {
 
@@ -15,8 +21,34 @@ GpibPort::GpibPort(std::shared_ptr<Services> services) : Port(std::move(services
   AddPlain("Adapter Device", std::string(), "Serial device of a serial adapter");
 }
 
-std::unique_ptr<Link> GpibPort::Open(const Deadline&) {
-  NotOpened("the GPIB bus", "this build drives no bus yet");
+std::unique_ptr<Link> GpibPort::Open(const Deadline& deadline) {
+  const std::string interface = TextOf("Interface");
+  const std::int32_t address = NumberOf("Primary Address");
+  std::string why;
+  if (interface == "library") {
+    const std::int32_t board = NumberOf("Board");
+    auto link = OpenGpibLibrary(TextOf("Library"), board, address, why);
+    if (!link)
+      NotOpened("address " + std::to_string(address) + " of GPIB board " + std::to_string(board), why);
+    return link;
+  }
+  std::string peer;
+  std::unique_ptr<Link> stream;
+  if (interface == "tcp") {
+    const std::string host_name = TextOf("Adapter Host");
+    const std::string port = TextOf("Adapter Port");
+    peer = PeerName(host_name, port);
+    stream = ConnectTcp(host_name, port, deadline, why);
+  } else {
+    peer = TextOf("Adapter Device");
+    LineSettings line;
+    line.baud_rate = 115200;
+    stream = OpenSerial(peer, line, why);
+  }
+  if (!stream) NotOpened("the GPIB adapter at " + peer, why);
+  auto link = OpenGpibAdapter(std::move(stream), address, deadline, why);
+  if (!link) NotOpened("the GPIB adapter at " + peer, why);
+  return link;
 }
 
 }  // namespace workbench

@@ -15,6 +15,7 @@ struct Attempt {
   enum class Outcome {
     kDone,        ///< `bytes` were taken or delivered, at least one
     kNothingYet,  ///< the bus was not ready within a slice; trying again may help
+    kRefused,     ///< the bus did not take the text, but stands; Fault() says why
     kClosed,      ///< the other end closed the connection
     kLost,        ///< the connection is broken; Fault() says how
   };
@@ -23,15 +24,18 @@ struct Attempt {
   bool end = false;  ///< the bus marked the last byte as the end of the message
 };
 
+/// Whether `c` is part of a line terminator.
+inline bool EndsLine(char c) { return c == '\n' || c == '\r'; }
+
 /// An open connection; destroying it closes it. Send and Receive block for one slice at most, so that the
 /// caller can look at its deadline; they neither throw nor allocate in the usual case.
 class Link {
  public:
   /// How thoroughly Clear got rid of what belongs to a failed transfer.
   enum class Cleared {
-    kClean,   ///< nothing of it can arrive any more
-    kQuiet,   ///< nothing has arrived for a while, but a very late reply still may
+    kClean,   ///< as thoroughly as the bus allows
     kReopen,  ///< only opening the connection anew helps
+    kBusy,    ///< it is not over yet; a later try may help
     kFailed,  ///< the bus did not take it; Fault() says why
   };
 
@@ -46,10 +50,16 @@ class Link {
   /// Why the last attempt or Clear failed.
   virtual std::string Fault() const = 0;
 
+  /// Gives the instrument back to its operator where the bus has a way to say so, before the port is closed
+  /// in order.
+  virtual void Release(const Deadline& deadline) { static_cast<void>(deadline); }
+
   /// Discards what belongs to a failed transfer that ended `since` seconds ago.
   virtual Cleared Clear(const Deadline& deadline, double since) = 0;
-  /// Takes away what has arrived and was not asked for. False where that did not end.
-  virtual bool DropArrived() = 0;
+  /// Takes away what has arrived without having been asked for, and never waits: kDone when nothing or whole
+  /// lines were there, kNothingYet when more must be on its way or cannot be seen, kClosed and kLost as in
+  /// Receive.
+  virtual Attempt DropArrived() = 0;
   /// Whether the bus marks the end of a message, so that the rest of one must be fetched before the next
   /// text.
   virtual bool MarksEnd() const { return false; }

@@ -16,6 +16,8 @@ constexpr std::int32_t kInvalidPropertyValue = 380;
 constexpr std::size_t kFirstBuffer = 16UL * 1024UL;
 constexpr std::size_t kLargestKeptBuffer = 64UL * 1024UL;
 constexpr std::size_t kLongestTail = 64;
+constexpr std::chrono::milliseconds kPause{10};
+constexpr double kGoodbye = 0.2;  // seconds that giving the instrument back may take
 constexpr double kDoubt =
     0.05;  // seconds for which a reply after a doubtful clearing is watched for a second one
 
@@ -78,6 +80,7 @@ void Port::OnLine(bool on_line) {
   const Deadline deadline(OpenTimeout(), Host().runtime);
   if (!on_line) {
     ReportState(TransferRecord::Kind::kClosed, deadline, 0, {});
+    link_->Release(Deadline(kGoodbye, Host().runtime));
     link_.reset();
     lost_.clear();
     return;
@@ -89,7 +92,8 @@ void Port::OnLine(bool on_line) {
     throw;
   }
   DropBuffer();
-  dirty_ = doubtful_ = terminator_owed_ = false;
+  dirty_ = doubtful_ = terminator_owed_ = end_owed_ = message_ended_ = false;
+  block_.Forget();
   lost_.clear();
   ReportState(TransferRecord::Kind::kOpened, deadline, 0, {});
 }
@@ -197,27 +201,40 @@ void Port::Begin(Transfer& transfer) {
 
 /// Before a text is sent: nothing that arrived earlier may answer it.
 void Port::MakeReady(Transfer& transfer) {
-  const BlockProgress::State block = block_.Now();
+  using State = BlockProgress::State;
+  const State block = block_.Now();
   block_.Forget();
-  if (block == BlockProgress::State::kComplete) {
+  if (block == State::kHeader || block == State::kData || block == State::kDamaged) MarkDirty();
+  if (block == State::kComplete) {
     terminator_owed_ = true;
     SkipTerminators();
     if (message_ended_) terminator_owed_ = false;
   }
-  if (block == BlockProgress::State::kHeader || block == BlockProgress::State::kData ||
-      block == BlockProgress::State::kDamaged) {
-    MarkDirty();
-  }
   const std::span<char> unread = Unread();
-  const bool line_ended = message_ended_ || (!unread.empty() && unread.back() == '\n');
-  if (block == BlockProgress::State::kText) {
-    if (!line_ended) MarkDirty();
-  } else if (!dirty_ && std::ranges::any_of(unread, [](char c) { return c != '\r'; })) {
-    // A reply came twice, or more than was asked for: the rest of that may still be on its way.
-    if (!line_ended || !link_->DropArrived()) MarkDirty();
-  }
+  const bool line_ended = message_ended_ || (!unread.empty() && EndsLine(unread.back()));
+  if (!line_ended && (block == State::kText || !unread.empty())) MarkDirty();
+  if (!dirty_ && !message_ended_) DropArrived(transfer);
   if (dirty_) Resynchronise(transfer);
   DropBuffer();
+}
+
+void Port::DropArrived(Transfer& transfer) {
+  if (link_->MarksEnd()) {
+    if (end_owed_ || !Unread().empty()) MarkDirty();
+    return;
+  }
+  const Attempt attempt = link_->DropArrived();
+  if (attempt.bytes > 0) terminator_owed_ = false;
+  if (attempt.outcome == Attempt::Outcome::kNothingYet) MarkDirty();
+  if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) {
+    FailLost(transfer, attempt, "the link was lost before the command was sent");
+  }
+}
+
+void Port::FailLost(Transfer& transfer, const Attempt& attempt, std::string_view when) {
+  lost_ = attempt.outcome == Attempt::Outcome::kClosed ? std::string("the other end closed the connection")
+                                                       : link_->Fault();
+  Fail(transfer, host::kLinkNotOpen, std::string(when) + ": " + lost_);
 }
 
 void Port::MarkDirty() {
@@ -229,6 +246,9 @@ void Port::Resynchronise(Transfer& transfer) {
   const double since = std::chrono::duration<double>(Deadline::Clock::now() - failed_at_).count();
   const Link::Cleared cleared = link_->Clear(transfer.deadline, since);
   if (transfer.deadline.Interrupted()) FailInterrupted(transfer);
+  if (cleared == Link::Cleared::kBusy) {
+    Fail(transfer, host::kLinkBusy, link_->Fault());
+  }
   if (cleared == Link::Cleared::kFailed) {
     Fail(transfer, host::kLinkSendFailed,
          "the link could not be cleared after a failed transfer (" + link_->Fault() +
@@ -247,7 +267,7 @@ void Port::Resynchronise(Transfer& transfer) {
     lost_.clear();
   }
   dirty_ = false;
-  doubtful_ = cleared == Link::Cleared::kQuiet;
+  doubtful_ = true;
   terminator_owed_ = false;
   DropBuffer();
   if (services_->observer.load(std::memory_order_acquire) != nullptr) {
@@ -256,11 +276,16 @@ void Port::Resynchronise(Transfer& transfer) {
 }
 
 void Port::SendText(Transfer& transfer) {
-  if (begin_ != end_ || dirty_ || block_.Now() != BlockProgress::State::kNone) [[unlikely]] {
+  // In a rapid sequence a port that has not failed and holds no byte is clean. After a pause a look at what
+  // has arrived meanwhile costs nothing that anyone would notice.
+  const bool paused = transfer.deadline.Begun() - last_begun_ > kPause;
+  if (begin_ != end_ || dirty_ || paused || end_owed_ || block_.Now() != BlockProgress::State::kNone)
+      [[unlikely]] {
     MakeReady(transfer);
   }
+  last_begun_ = transfer.deadline.Begun();
   transfer.started = true;
-  message_ended_ = false;
+  message_ended_ = end_owed_ = false;
   outgoing_.assign(*transfer.command);
   outgoing_ += '\n';
   std::string_view rest = outgoing_;
@@ -269,12 +294,11 @@ void Port::SendText(Transfer& transfer) {
     transfer.sent += attempt.bytes;
     rest.remove_prefix(attempt.bytes);
     if (rest.empty()) return;
+    if (attempt.outcome == Attempt::Outcome::kRefused) {
+      Fail(transfer, host::kLinkSendFailed, "the command could not be delivered: " + link_->Fault());
+    }
     if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) {
-      const std::string fault = attempt.outcome == Attempt::Outcome::kLost
-                                    ? link_->Fault()
-                                    : std::string("the other end closed the connection");
-      lost_ = fault;
-      Fail(transfer, host::kLinkNotOpen, "the link was lost while sending: " + fault);
+      FailLost(transfer, attempt, "the link was lost while sending");
     }
     if (transfer.deadline.Interrupted()) FailInterrupted(transfer);
     if (transfer.deadline.Expired()) {
@@ -293,16 +317,12 @@ std::size_t Port::ReceiveInto(Transfer& transfer, std::span<char> into, bool& en
       end = attempt.end;
       return attempt.bytes;
     }
-    if (attempt.outcome == Attempt::Outcome::kLost) {
-      lost_ = link_->Fault();
-      Fail(transfer, host::kLinkNotOpen, "the link was lost while waiting for the reply: " + lost_);
-    }
-    if (attempt.outcome == Attempt::Outcome::kClosed) {
+    if (attempt.outcome == Attempt::Outcome::kClosed && transfer.received > 0) {
       lost_ = "the other end closed the connection";
-      if (transfer.received == 0) {
-        Fail(transfer, host::kLinkNotOpen, "the other end closed the connection before it replied");
-      }
-      Fail(transfer, host::kLinkBadReply, "the reply was cut short: the other end closed the connection");
+      Fail(transfer, host::kLinkBadReply, "the reply was cut short: " + lost_);
+    }
+    if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) {
+      FailLost(transfer, attempt, "the link was lost while waiting for the reply");
     }
     CheckDeadline(transfer);
   }
@@ -371,6 +391,7 @@ std::string_view Port::ReceiveLine(Transfer& transfer) {
 void Port::FinishLine(Transfer& transfer, std::string_view line) {
   Report(transfer, transfer.kind, line);
   begin_ += line_bytes_;
+  end_owed_ = !message_ended_ && link_->MarksEnd();
   if (begin_ == end_ && buffer_.size() > kLargestKeptBuffer) DropBuffer();
 }
 
@@ -383,6 +404,9 @@ void Port::WatchForSecondReply(Transfer& transfer) {
   bool second = std::ranges::count(Unread(), '\n') > 1 || (!Unread().empty() && Unread().back() != '\n');
   while (!second && !watch.Expired() && !watch.Interrupted()) {
     const Attempt attempt = link_->Receive(more);
+    if (attempt.outcome == Attempt::Outcome::kRefused) {
+      Fail(transfer, host::kLinkSendFailed, "the command could not be delivered: " + link_->Fault());
+    }
     if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) return;
     second = std::any_of(more.begin(), more.begin() + static_cast<std::ptrdiff_t>(attempt.bytes),
                          [](char c) { return c != '\r'; });

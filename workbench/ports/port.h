@@ -56,7 +56,7 @@ class Port : public host::Transport, public host::BlockTransfer {
                   std::optional<std::string_view> command) override;
 
  protected:
-  /// `class_name` is the programmatic name, a literal; `group` the name of the settings tree.
+  /// `class_name` is the programmatic name, `group` the name of the settings tree.
   Port(std::shared_ptr<Services> services, std::string_view class_name, std::string_view group);
 
   /// Connects with the settings as they are. Fails through NotOpened.
@@ -82,6 +82,8 @@ class Port : public host::Transport, public host::BlockTransfer {
 
   void Begin(Transfer& transfer);
   void MakeReady(Transfer& transfer);
+  void DropArrived(Transfer& transfer);
+  [[noreturn]] void FailLost(Transfer& transfer, const Attempt& attempt, std::string_view when);
   void Resynchronise(Transfer& transfer);
   void SendText(Transfer& transfer);
   std::size_t ReceiveInto(Transfer& transfer, std::span<char> into, bool& end);
@@ -105,7 +107,7 @@ class Port : public host::Transport, public host::BlockTransfer {
   std::span<char> Unread() { return std::span(buffer_).subspan(begin_, end_ - begin_); }
 
   std::shared_ptr<Services> services_;
-  std::string_view class_name_;
+  const std::string class_name_;
   std::string name_;
   std::shared_ptr<Parameter> settings_;
   double timeout_ = 5;
@@ -118,12 +120,15 @@ class Port : public host::Transport, public host::BlockTransfer {
   std::size_t end_ = 0;
   std::size_t line_bytes_ = 0;    // of the line that ReceiveLine found, with its terminator
   bool message_ended_ = false;    // the bus marked the byte before end_ as the last one
+  bool end_owed_ = false;         // the bus marks ends, and the reply that was read did not have one yet
   bool terminator_owed_ = false;  // the terminator of a reply that was otherwise consumed may still come
   BlockProgress block_;
 
+  Deadline::Clock::time_point last_begun_{};  // the last transfer that sent something
+
   // The transfer that failed last, until what belongs to it is discarded.
   bool dirty_ = false;
-  bool doubtful_ = false;  // discarded, but its reply may still come very late
+  bool doubtful_ = false;  // discarded, but on some buses its reply may still come, very late
   Deadline::Clock::time_point failed_at_;
 };
 

@@ -24,6 +24,7 @@ namespace workbench {
 namespace {
 
 constexpr double kLongestQuiet = 0.5;  // seconds without a byte after which a line counts as quiet
+constexpr int kMostDrops = 64;
 constexpr auto kLongestDrain = std::chrono::milliseconds(1000);
 
 class Descriptor {
@@ -197,7 +198,7 @@ class SerialLink final : public Link {
         last = Deadline::Clock::now();
       } else {
         if (silent + std::chrono::duration<double>(Deadline::Clock::now() - last).count() >= quiet) {
-          return Cleared::kQuiet;
+          return Cleared::kClean;
         }
         if (NotReady(received, POLLIN).outcome == Attempt::Outcome::kLost) return Cleared::kFailed;
       }
@@ -208,7 +209,24 @@ class SerialLink final : public Link {
     }
   }
 
-  bool DropArrived() override { return false; }
+  Attempt DropArrived() override {
+    std::array<char, 4096> arrived;
+    std::size_t dropped = 0;
+    char last = '\n';
+    for (int i = 0; i < kMostDrops; ++i) {
+      const ssize_t received = ::read(device_.Number(), arrived.data(), arrived.size());
+      if (received <= 0) {
+        if (received < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
+          fault_ = SystemError();
+          return {Attempt::Outcome::kLost, dropped, false};
+        }
+        return {EndsLine(last) ? Attempt::Outcome::kDone : Attempt::Outcome::kNothingYet, dropped, false};
+      }
+      dropped += static_cast<std::size_t>(received);
+      last = arrived[static_cast<std::size_t>(received) - 1];
+    }
+    return {Attempt::Outcome::kNothingYet, dropped, false};
+  }
 
  private:
   /// Waits a slice for the device: kDone when it has become ready.

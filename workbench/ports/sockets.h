@@ -29,7 +29,6 @@ namespace workbench::sockets {
 
 using Socket = SOCKET;
 inline constexpr Socket kNone = INVALID_SOCKET;
-inline constexpr int kSendFlags = 0;
 
 inline void Start() {
   static const int started = [] {
@@ -53,6 +52,15 @@ inline int Send(Socket socket, const char* data, std::size_t size) {
 }
 inline int Receive(Socket socket, char* data, std::size_t size) {
   return ::recv(socket, data, static_cast<int>(size), 0);
+}
+/// Receives what is there, without waiting.
+inline int ReceiveArrived(Socket socket, char* data, std::size_t size) {
+  Blocking(socket, false);
+  const int received = ::recv(socket, data, static_cast<int>(size), 0);
+  const int error = WSAGetLastError();
+  Blocking(socket, true);
+  WSASetLastError(error);
+  return received;
 }
 inline void SliceOption(Socket socket, int option, std::chrono::milliseconds slice) {
   const DWORD value = static_cast<DWORD>(slice.count());
@@ -79,6 +87,10 @@ inline ssize_t Send(Socket socket, const char* data, std::size_t size) {
   return ::send(socket, data, size, MSG_NOSIGNAL);
 }
 inline ssize_t Receive(Socket socket, char* data, std::size_t size) { return ::recv(socket, data, size, 0); }
+/// Receives what is there, without waiting.
+inline ssize_t ReceiveArrived(Socket socket, char* data, std::size_t size) {
+  return ::recv(socket, data, size, MSG_DONTWAIT);
+}
 inline void SliceOption(Socket socket, int option, std::chrono::milliseconds slice) {
   timeval value{};
   value.tv_usec = static_cast<suseconds_t>(std::chrono::microseconds(slice).count());

@@ -15,6 +15,8 @@ namespace {
 
 using sockets::Socket;
 
+constexpr int kMostDrops = 64;
+
 /// Closes the socket that it holds.
 class OwnedSocket {
  public:
@@ -55,15 +57,25 @@ class TcpLink final : public Link {
   /// What was sent over the old connection can be answered over the old connection only.
   Cleared Clear(const Deadline&, double) override { return Cleared::kReopen; }
 
-  bool DropArrived() override {
-    sockets::Blocking(socket_.Get(), false);
+  Attempt DropArrived() override {
     std::array<char, 4096> arrived;
-    bool emptied = false;
-    for (int i = 0; i < 64 && !emptied; ++i) {
-      emptied = sockets::Receive(socket_.Get(), arrived.data(), arrived.size()) <= 0;
+    std::size_t dropped = 0;
+    char last = '\n';
+    for (int i = 0; i < kMostDrops; ++i) {
+      const auto received = sockets::ReceiveArrived(socket_.Get(), arrived.data(), arrived.size());
+      if (received == 0) return {Attempt::Outcome::kClosed, dropped, false};
+      if (received < 0) {
+        Attempt attempt = Failed();
+        attempt.bytes = dropped;
+        if (attempt.outcome == Attempt::Outcome::kNothingYet && EndsLine(last)) {
+          attempt.outcome = Attempt::Outcome::kDone;
+        }
+        return attempt;
+      }
+      dropped += static_cast<std::size_t>(received);
+      last = arrived[static_cast<std::size_t>(received) - 1];
     }
-    sockets::Blocking(socket_.Get(), true);
-    return emptied;
+    return {Attempt::Outcome::kNothingYet, dropped, false};
   }
 
  private:
