@@ -76,13 +76,13 @@ Parameter& Port::AddChoice(std::string_view name, std::string_view options, std:
 // ------------------------------------------------------------------------------------------
 
 void Port::OnLine(bool on_line) {
+  if (!on_line) lost_.clear();
   if (on_line == OnLine()) return;
   const Deadline deadline(OpenTimeout(), Host().runtime);
   if (!on_line) {
     ReportState(TransferRecord::Kind::kClosed, deadline, 0, {});
     link_->Release(Deadline(kGoodbye, Host().runtime));
     link_.reset();
-    lost_.clear();
     return;
   }
   try {
