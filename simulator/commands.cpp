@@ -5,8 +5,12 @@
 #include <chrono>
 #include <cmath>
 #include <type_traits>
+#include <vector>
 
+#include "simulator/channel.h"
 #include "simulator/number_text.h"
+#include "simulator/pcx.h"
+#include "simulator/screen.h"
 
 namespace simulator {
 namespace {
@@ -158,19 +162,6 @@ void GetPilotOffset(Model& model, std::string& reply) {
   }
 }
 
-// A ratio counted over the bits of the present window: with less than one error expected only its bound is
-// known.
-void AppendErrorRatio(std::string& reply, double ratio, double bits) {
-  if (bits < 1.0) {
-    reply.append("---");
-  } else if (ratio * bits < 1.0) {
-    reply.push_back('<');
-    AppendScientific(reply, 1.0 / bits);
-  } else {
-    AppendScientific(reply, ratio);
-  }
-}
-
 void GetBerBefore(Model& model, std::string& reply) {
   AppendErrorRatio(reply, model.Current().errors.ber_before_rs, model.BerBits());
 }
@@ -180,7 +171,8 @@ void GetBerAfter(Model& model, std::string& reply) {
 }
 
 void GetSegmentErrorRatio(Model& model, std::string& reply) {
-  AppendScientific(reply, model.Current().errors.segment_error_ratio);
+  constexpr double kSegmentBits = 207.0 * 8.0;
+  AppendErrorRatio(reply, model.Current().errors.segment_error_ratio, model.BerBits() / kSegmentBits);
 }
 
 void GetCarrierLock(Model& model, std::string& reply) { reply.push_back(model.CarrierLocked() ? '1' : '0'); }
@@ -287,9 +279,10 @@ ScpiError SetSaw(Model& model, Parameters parameters) {
 ScpiError SetEqualizer(Model& model, Parameters parameters) {
   const Equalizer before = model.Set().equalizer;
   const ScpiError error = SetChoice<&Settings::equalizer, kEqualizers>(model, parameters);
-  // Only taps that were adapting can be frozen for the present channel.
-  if (error == ScpiError::kNone && before != Equalizer::kFreeze)
-    model.FreezeEqualizer(before == Equalizer::kOn);
+  if (error != ScpiError::kNone) return error;
+  // Only taps that were adapting are right for the present channel when they are frozen.
+  const bool frozen = model.Set().equalizer == Equalizer::kFreeze;
+  if (!frozen || before != Equalizer::kFreeze) model.EqualizerFits(!frozen || before == Equalizer::kOn);
   return error;
 }
 
@@ -324,6 +317,93 @@ ScpiError SetEchoRange(Model& model, Parameters parameters) {
   }
   model.Set().echo_range = static_cast<EchoRange>(position);
   return ScpiError::kNone;
+}
+
+// Traces ---------------------------------------------------------------------
+
+constexpr int kEchoes = 10;
+constexpr int kJitterLines = 7;
+
+void AppendPair(std::string& reply, bool first, double value, int decimals, double second_value,
+                int second_decimals) {
+  if (!first) reply.push_back(',');
+  AppendFixed(reply, value, decimals);
+  reply.push_back(',');
+  AppendFixed(reply, second_value, second_decimals);
+}
+
+void AppendMissingPairs(std::string& reply, int from, int to) {
+  for (int i = from; i < to; ++i) reply.append(i == 0 ? "---,---" : ",---,---");
+}
+
+void GetEchoes(Model& model, std::string& reply) {
+  // The echoes are read from the equalizer's taps: without taps there is nothing to report.
+  std::vector<Echo> echoes;
+  if (model.Set().equalizer != Equalizer::kOff) {
+    echoes = VisibleEchoes(model.Setup().signal, model.Set().echo_range);
+  }
+  int count = 0;
+  for (const Echo& echo : echoes) {
+    const double noise =
+        0.05 * NormalDeviate(model.Setup().seed, model.Interval(), 100U + static_cast<unsigned>(count));
+    AppendPair(reply, count == 0, echo.attenuation_db + noise, 1,
+               DelayIn(model.Set().echo_scale, echo.delay_us), 2);
+    ++count;
+  }
+  AppendMissingPairs(reply, count, kEchoes);
+}
+
+void GetJitterLines(Model& model, std::string& reply) {
+  const auto lines = model.Set().measure_mode == MeasureMode::kPjit
+                         ? PhaseLines(model.Setup().signal, model.Set())
+                         : AmplitudeLines(model.Setup().signal, model.Set());
+  int count = 0;
+  for (const JitterLine& line : lines) {
+    AppendPair(reply, count == 0, line.peak, 3, line.frequency_hz, 1);
+    ++count;
+  }
+  AppendMissingPairs(reply, count, kJitterLines);
+}
+
+void GetResponse(Model& model, std::string& reply) {
+  const ChannelResponse& response = model.Response();
+  const ResponseDetector detector = model.Set().response_detector;
+  const bool phase = model.Set().measure_mode == MeasureMode::kAph;
+  AppendPair(reply, true, Detected(response.amplitude_db, detector), 2,
+             Detected(phase ? response.phase_deg : response.group_delay_ns, detector), 1);
+}
+
+// Alarm statistics and screen ------------------------------------------------
+
+void GetAlarmStatistics(Model& model, std::string& reply) { model.Alarms().AppendReport(reply); }
+
+ScpiError ClearAlarms(Model& model, Parameters) {
+  model.Alarms().Clear();
+  return ScpiError::kNone;
+}
+
+void CaptureScreen(Model& model, std::string& reply) {
+  if (!model.Restarted()) {
+    reply.push_back('1');
+    return;
+  }
+  // What is drawn changes with the state and the measurement interval only.
+  if (model.screen.empty() || model.screen_revision != model.Revision() ||
+      model.screen_interval != model.Interval()) {
+    model.screen = EncodePcx(DrawScreen(model));
+    model.screen_revision = model.Revision();
+    model.screen_interval = model.Interval();
+  }
+  reply.push_back('0');
+}
+
+// A definite-length block of IEEE 488.2; one of length 0 before the first capture.
+void GetScreen(Model& model, std::string& reply) {
+  std::string length;
+  AppendInteger(length, static_cast<long long>(model.screen.size()));
+  reply.push_back('#');
+  AppendInteger(reply, static_cast<long long>(length.size()));
+  reply.append(length).append(model.screen);
 }
 
 // System ---------------------------------------------------------------------
@@ -675,6 +755,19 @@ constexpr Command kCommands[] = {
      .set = SetNumber<&Settings::jitter_application, kJitterApplicationRange>,
      .get = GetNumber<&Settings::jitter_application>},
 
+    {.header = "CONFigure:ALARm:RESet", .set = ClearAlarms, .parameters = 0},
+    {.header = "READ:ATSC:ALARm:STATistics", .get = GetAlarmStatistics},
+    {.header = "READ:ATSC:AMPL_PHAS_GD:VALue",
+     .get = GetResponse,
+     .modes = In(kAph, kAgd),
+     .needs = Needs::kCarrier},
+    {.header = "READ:ATSC:EPATtern:PEAK", .get = GetEchoes, .modes = In(kEpat), .needs = Needs::kCarrier},
+    {.header = "READ:ATSC:JITTer:VALue",
+     .get = GetJitterLines,
+     .modes = In(kAjit, kPjit),
+     .needs = Needs::kCarrier},
+    {.header = "READ:SCReen:BUFFer", .get = CaptureScreen},
+    {.header = "READ:BUFFer:PCX", .get = GetScreen},
     {.header = "READ:SIGNal:RF", .get = GetRfState},
     {.header = "READ:RF:LEVel", .get = GetLevel},
     {.header = "READ:ATSC:DEModulator:LOCK", .get = GetCarrierLock},

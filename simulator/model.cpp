@@ -88,14 +88,27 @@ double Model::InputOhm() const {
   return HasImpedanceSwitch() && settings_.impedance == Impedance::k75Ohm ? 75.0 : 50.0;
 }
 
-void Model::Advance() { now_ = std::max(now_, now_seconds_()); }
+void Model::Advance() {
+  const double now = std::max(now_, now_seconds_());
+  if (now > now_ && settings_.operating_mode == kAtsc) {
+    const Reception& reception = Received();
+    const double locked_from = std::clamp(acquired_, now_, now);
+    const double symbol_rate = settings_.symbol_rate;
+    alarms_.Count(locked_from - now_, false, reception, configuration_.alarm_limits, symbol_rate);
+    alarms_.Count(now - locked_from, reception.carrier_lock, reception, configuration_.alarm_limits,
+                  symbol_rate);
+  }
+  now_ = now;
+}
 
 void Model::Changed(Effect effect) {
+  ++revision_;
   if (effect == Effect::kNone) return;
   reception_known_ = readings_known_ = false;
   const auto from_now = [this](double seconds) { return now_ + seconds * configuration_.settle_scale; };
   switch (effect) {
     case Effect::kRestart:
+      alarms_.Clear();
       restart_ready_ = acquired_ = measure_ready_ = from_now(kRestartSeconds);
       break;
     case Effect::kOperatingMode:
@@ -128,6 +141,7 @@ void Model::Preset() {
 
 void Model::ReplaceSignal(Signal signal) {
   configuration_.signal = std::move(signal);
+  response_known_ = false;
   Changed(Effect::kSignal);
 }
 
@@ -139,8 +153,20 @@ const Reception& Model::Received() {
   return reception_;
 }
 
+const ChannelResponse& Model::Response() {
+  if (!response_known_) {
+    response_ = ResponseOf(configuration_.signal);
+    response_known_ = true;
+  }
+  return response_;
+}
+
+std::uint64_t Model::Interval() const {
+  return static_cast<std::uint64_t>(std::max(0.0, now_ / kIntervalSeconds));
+}
+
 const Readings& Model::Current() {
-  const auto interval = static_cast<std::uint64_t>(std::max(0.0, now_ / kIntervalSeconds));
+  const std::uint64_t interval = Interval();
   if (!readings_known_ || interval != interval_) {
     readings_ = Measure(configuration_, settings_, Received(), interval, std::max(0.0, ModeSeconds()));
     interval_ = interval;

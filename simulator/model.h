@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "simulator/alarm_statistics.h"
+#include "simulator/channel.h"
 #include "simulator/configuration.h"
 #include "simulator/error_queue.h"
 #include "simulator/settings.h"
@@ -36,7 +38,7 @@ class Model {
   bool HasSaw(Saw saw) const;
   double InputOhm() const;
 
-  /// Brings what counts in time up to the present; to be called before any setting changes.
+  /// Brings the clock and what counts in time up to the present; to be called before any setting changes.
   void Advance();
   void Changed(Effect effect);
   /// Power-on state of all settings.
@@ -50,11 +52,24 @@ class Model {
   bool Restarted() const { return now_ >= restart_ready_; }
   bool CarrierLocked() { return now_ >= acquired_ && Received().carrier_lock; }
   bool FecLocked() { return now_ >= acquired_ && Received().fec_lock; }
-  void FreezeEqualizer(bool channel_kept) { equalizer_stale_ = !channel_kept; }
+  /// Says whether the equalizer's taps fit the present channel.
+  void EqualizerFits(bool fits) { equalizer_stale_ = !fits; }
 
   const Reception& Received();
   /// The results of the present measurement interval.
   const Readings& Current();
+
+  const ChannelResponse& Response();
+  AlarmStatistics& Alarms() { return alarms_; }
+  /// Counts every change of settings, signal or state.
+  std::uint64_t Revision() const { return revision_; }
+  /// The number of the present measurement interval.
+  std::uint64_t Interval() const;
+
+  /// The screen as the last capture left it, encoded as PCX; empty before the first.
+  std::string screen;
+  std::uint64_t screen_revision = 0;
+  std::uint64_t screen_interval = 0;
 
   void RestartBer() { ber_start_ = now_; }
   /// Bits in the present bit error window.
@@ -86,12 +101,17 @@ class Model {
   double ber_start_ = 0.0;
   double calendar_offset_ = 0.0;
 
+  AlarmStatistics alarms_;
+  std::uint64_t revision_ = 1;
+
   bool equalizer_stale_ = false;
   bool reception_known_ = false;
   Reception reception_;
   bool readings_known_ = false;
   std::uint64_t interval_ = 0;
   Readings readings_;
+  bool response_known_ = false;
+  ChannelResponse response_;
 };
 
 }  // namespace simulator

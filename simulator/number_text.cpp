@@ -40,6 +40,17 @@ void AppendScientific(std::string& text, double value) {
   text.append(digits, static_cast<std::size_t>(written.ptr - digits));
 }
 
+void AppendErrorRatio(std::string& text, double ratio, double count) {
+  if (count < 1.0) {
+    text.append("---");
+  } else if (ratio * count < 1.0) {
+    text.push_back('<');
+    AppendScientific(text, 1.0 / count);
+  } else {
+    AppendScientific(text, ratio);
+  }
+}
+
 void AppendInteger(std::string& text, long long value) {
   char digits[24];
   const auto written = std::to_chars(digits, digits + sizeof digits, value);

@@ -13,6 +13,9 @@ void AppendFixed(std::string& text, double value, int decimals);
 void AppendPlain(std::string& text, double value);
 /// Appends one digit, a point, one digit and an exponent: 1.8E-03.
 void AppendScientific(std::string& text, double value);
+/// Appends an error ratio that was counted over `count` units: with less than one error expected only its
+/// bound is known, and without any unit nothing is ("---").
+void AppendErrorRatio(std::string& text, double ratio, double count);
 void AppendInteger(std::string& text, long long value);
 
 /// The leading number of `text` (blanks before it, sign, exponent allowed), finite, with what follows it in

@@ -116,7 +116,7 @@ struct Settings {
   Equalizer equalizer = Equalizer::kOn;
   EqualizerMode equalizer_mode = EqualizerMode::kComplex;
   Speed equalizer_adaptation = Speed::kMedium;
-  int ber_integration = 1;  ///< position in kBerIntegrations
+  int ber_integration = 3;  ///< position in kBerIntegrations
   LevelUnit level_unit = LevelUnit::kDbm;
 
   OnOff noise = OnOff::kOff;

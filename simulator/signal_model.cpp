@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "simulator/channel.h"
+
 namespace simulator {
 namespace {
 
@@ -14,9 +16,6 @@ constexpr double kUnderDbm = -83.0;       // the weakest signal that a receiver 
 constexpr double kPullInHz = 100e3;
 constexpr double kLockRatioDb = 3.0;  // sync recovery works far below the data threshold
 constexpr double kImplementationDb = -44.0;
-
-// Rms of the eight levels 1, 3, 5, 7 is sqrt(21); the outermost level is 7.
-const double kRmsToPeakLevel = std::sqrt(21.0) / 7.0;
 
 double Tail(double x) { return 0.5 * std::erfc(x / std::numbers::sqrt2); }
 
@@ -77,18 +76,6 @@ double NotchDistortion(const Settings& settings) {
       return FromDb(-24.0);
   }
   return 0.0;
-}
-
-double LoopFactor(LoopWidth width) {
-  switch (width) {
-    case LoopWidth::kLow:
-      return 1.25;
-    case LoopWidth::kMedium:
-      return 1.0;
-    case LoopWidth::kHigh:
-      return 0.8;
-  }
-  return 1.0;
 }
 
 double ReceiverAttenuation(const Settings& settings, double level_dbm) {
@@ -181,6 +168,9 @@ double LevelIn(LevelUnit unit, double dbm, double ohm) {
   return dbm;
 }
 
+// The rms of the eight levels 1, 3, 5, 7 is sqrt(21); the outermost level is 7.
+double EvmPercent(double error_ratio) { return 100.0 * std::sqrt(error_ratio * 21.0) / 7.0; }
+
 ErrorRatios DecoderErrors(double signal_to_error) {
   // Trellis decoder: the free-distance term of the union bound, N Q(d/2s). The 4-state code on 8 levels has
   // d = 3 level spacings and N = 4 neighbours (G. Ungerboeck, IEEE Communications Magazine, Feb. 1987, table
@@ -197,6 +187,11 @@ ErrorRatios DecoderErrors(double signal_to_error) {
   constexpr int kCorrectable = 10;
   const double byte_error = -std::expm1(8.0 * std::log1p(-errors.ber_before_rs));
   if (byte_error <= 0.0) return errors;
+  if (byte_error > 0.5) {  // where no segment survives and the sum below would underflow
+    errors.segment_error_ratio = 1.0;
+    errors.ber_after_rs = errors.ber_before_rs;
+    return errors;
+  }
   double term = std::exp(kBytes * std::log1p(-byte_error));
   double failed = 0.0;
   double wrong_bytes = 0.0;
@@ -208,7 +203,7 @@ ErrorRatios DecoderErrors(double signal_to_error) {
     if (term < failed * 1e-9 && wrong > kBytes * byte_error) break;
   }
   errors.segment_error_ratio = std::min(1.0, failed);
-  errors.ber_after_rs = std::min(0.5, wrong_bytes / kBytes * errors.ber_before_rs / byte_error);
+  errors.ber_after_rs = errors.ber_before_rs * std::min(1.0, wrong_bytes / kBytes / byte_error);
   return errors;
 }
 
@@ -236,12 +231,11 @@ Reception Receive(const Configuration& configuration, const Settings& settings, 
   reception.white_noise = noise * FilterNoise(settings.saw) * noise_gain;
 
   const double phase_deg =
-      JitterRms(signal.phase_lines, signal.phase_noise_deg) * LoopFactor(settings.carrier_loop);
-  const double amplitude_pct = JitterRms(signal.amplitude_lines, signal.amplitude_noise_pct) *
-                               (settings.agc == AgcSpeed::kFast ? 0.7 : 1.0);
+      JitterRms(signal.phase_lines, signal.phase_noise_deg) * CarrierLoopFactor(settings.carrier_loop);
+  const double amplitude_pct =
+      JitterRms(signal.amplitude_lines, signal.amplitude_noise_pct) * GainControlFactor(settings.agc);
   reception.phase_jitter_deg = phase_deg;
   reception.amplitude_jitter_pct = amplitude_pct;
-  reception.notch_distortion = NotchDistortion(settings);
   const double phase_rad = phase_deg * std::numbers::pi / 180.0;
   const double overload =
       reception.rf_state == RfState::kOver ? FromDb(2.0 * (behind_dbm - kOverloadDbm) - 25.0) : 0.0;
@@ -249,7 +243,7 @@ Reception Receive(const Configuration& configuration, const Settings& settings, 
   reception.total_error = reception.white_noise + echo_power * EchoRemainder(settings, equalizer_stale) +
                           phase_rad * phase_rad + amplitude_pct * amplitude_pct * 1e-4 +
                           FromDb(-signal.transmitter_mer_db) + FromDb(kImplementationDb) +
-                          reception.notch_distortion + overload;
+                          NotchDistortion(settings) + overload;
   if (settings.saw == Saw::kMhz2) reception.total_error += 0.6;
 
   const bool sideband_fits = signal.sideband_inverted == (settings.sideband == Sideband::kInverted);
@@ -257,8 +251,8 @@ Reception Receive(const Configuration& configuration, const Settings& settings, 
   reception.carrier_lock = settings.operating_mode == kAtsc && in_channel && sideband_fits && rate_fits &&
                            std::abs(reception.carrier_offset_hz) < kPullInHz &&
                            reception.total_error < FromDb(-kLockRatioDb);
-  reception.fec_lock =
-      reception.carrier_lock && DecoderErrors(1.0 / reception.total_error).segment_error_ratio < 0.9;
+  reception.errors = DecoderErrors(1.0 / reception.total_error);
+  reception.fec_lock = reception.carrier_lock && reception.errors.segment_error_ratio < 0.9;
   return reception;
 }
 
@@ -281,7 +275,7 @@ Readings Measure(const Configuration& configuration, const Settings& settings, c
   readings.mer_rms_db = -ToDb(error);
   readings.mer_rms_pct = rms_pct;
   readings.mer_peak_pct = rms_pct * peak;
-  readings.evm_rms_pct = rms_pct * kRmsToPeakLevel;
+  readings.evm_rms_pct = EvmPercent(error);
   readings.evm_peak_pct = readings.evm_rms_pct * peak;
   readings.snr_db = -ToDb(reception.white_noise * spread);
   readings.phase_jitter_deg = reception.phase_jitter_deg * (1.0 + 0.02 * noise());

@@ -12,6 +12,13 @@ namespace simulator {
 
 enum class RfState { kOk, kUnder, kNoSignal, kOver };
 
+/// Error ratios at a signal-to-error ratio, after the trellis and the Reed-Solomon decoder.
+struct ErrorRatios {
+  double ber_before_rs;
+  double ber_after_rs;
+  double segment_error_ratio;
+};
+
 /// What the receiver makes of the signal at the present settings: constant until something is set.
 struct Reception {
   RfState rf_state = RfState::kOk;
@@ -25,14 +32,7 @@ struct Reception {
   double total_error = 1.0;  ///< all that moves the symbols, over signal power
   double phase_jitter_deg = 0.0;
   double amplitude_jitter_pct = 0.0;
-  double notch_distortion = 0.0;
-};
-
-/// Error ratios at a signal-to-error ratio, after the trellis and the Reed-Solomon decoder.
-struct ErrorRatios {
-  double ber_before_rs;
-  double ber_after_rs;
-  double segment_error_ratio;
+  ErrorRatios errors{};  ///< at total_error
 };
 
 /// All single-value results of one measurement interval.
@@ -61,6 +61,9 @@ Readings Measure(const Configuration& configuration, const Settings& settings, c
                  std::uint64_t interval, double mode_seconds);
 
 ErrorRatios DecoderErrors(double signal_to_error);
+
+/// Error vector magnitude in per cent of the outermost level, from the error power over the signal power.
+double EvmPercent(double error_ratio);
 
 /// A level in dBm in another unit at the given impedance.
 double LevelIn(LevelUnit unit, double dbm, double ohm);

@@ -34,7 +34,7 @@ struct Options {
   /// that the driver can be created on a machine without a serial port.
   bool virtual_com1 = true;
   /// The instruments behind the front panel.
-  simulator::Configuration simulator;
+  simulator::Configuration simulator{};
 };
 
 /// A complete host. Any thread may call any member; a driver object with its transport and its settings

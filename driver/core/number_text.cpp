@@ -140,6 +140,8 @@ std::int32_t RoundToInt32(double number) {
 }
 
 bool BooleanFromText(std::string_view text) {
+  // Nearly every flag is one digit, and the log switch is read four times for each reading.
+  if (text.size() == 1 && IsDigit(text.front())) return text.front() != '0';
   text = TrimBlanks(text);
   const auto is_word = [text](std::string_view word) {
     if (text.size() != word.size()) return false;

@@ -1,4 +1,6 @@
 // The picture of the instrument's screen, as a definite-length block.
+#include <utility>
+
 #include "driver/clsKEL4x.h"
 #include "driver/core/number_text.h"
 #include "driver/core/raise.h"
@@ -113,14 +115,14 @@ bool clsKEL4x::ScreenShot(KelScreenShotModes udtMode, std::vector<std::uint8_t>&
   const std::vector<std::uint8_t> digits = read_block(length_digits);
   const std::int16_t length = LengthOf(digits);
   if (length == 0) Raise(qkelQueryFailed, kGet.source, "Get ScreenShot failed");
-  const std::vector<std::uint8_t> image = read_block(length);
+  std::vector<std::uint8_t> image = read_block(length);
   if ((udtMode & kelIncludeHeader) != 0) {
     bytBuffer = header;
     bytBuffer.insert(bytBuffer.end(), digits.begin(), digits.end());
     bytBuffer.insert(bytBuffer.end(), image.begin(), image.end());
     bytBuffer.resize(static_cast<std::size_t>(2 + length_digits + length));
   } else {
-    bytBuffer = image;
+    bytBuffer = std::move(image);
   }
   return true;
 }
