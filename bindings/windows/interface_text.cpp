@@ -1,5 +1,6 @@
-// Writes the Windows interfaces out of the member table: the interface definition (idl) or the method bodies
-// behind it (methods). Both are checked in; a test compares them.
+// Writes the Windows interfaces out of the member table: the interface definition (idl), the method bodies behind
+// it (methods), and the methods as an early-bound client sees them (client). All are checked in; a test compares
+// them.
 #include <initializer_list>
 #include <iostream>
 #include <sstream>
@@ -266,6 +267,28 @@ std::string Methods() {
   return out.str();
 }
 
+std::string Client() {
+  std::ostringstream out;
+  out << "// Made from the member table by interface_text; do not edit. clang-format off\n"
+         "#pragma once\n\n"
+         "#include \"early_member.h\"\n"
+         "#include \"qkel4x.h\"\n\n"
+         "namespace member_cases {\n";
+  for (const Identity& identity : kIdentities) {
+    out << "\ninline constexpr EarlyMember kEarly_" << identity.published->name << "[] = {\n";
+    for (const Member& member : identity.published->members) {
+      const auto pointer = [&](bool exists, const Method& method) {
+        return exists ? Joined({"&::", InterfaceName(identity), "::", method.cpp_name}) : std::string("nullptr");
+      };
+      out << "    Early<" << pointer(member.access.read != nullptr, Getter(member)) << ", "
+          << pointer(member.Writable(), Setter(member)) << ">(\"" << member.name << "\"),\n";
+    }
+    out << "};\n";
+  }
+  out << "\n}  // namespace member_cases\n";
+  return out.str();
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -274,8 +297,10 @@ int main(int count, char** arguments) {
     std::cout << Idl();
   } else if (wanted == "methods") {
     std::cout << Methods();
+  } else if (wanted == "client") {
+    std::cout << Client();
   } else {
-    std::cerr << "usage: interface_text idl|methods\n";
+    std::cerr << "usage: interface_text idl|methods|client\n";
     return 2;
   }
   return 0;

@@ -18,11 +18,11 @@ std::string InCapitals(std::string name) {
   return name;
 }
 
-automation::Object ObjectOf(qkel4x::clsKEL4x& driver, const std::string& interface) {
-  if (interface.empty()) return driver;
-  if (interface == "IDriverSetup") return static_cast<host::IDriverSetup&>(driver);
-  if (interface == "IDriverIdentify") return static_cast<host::IDriverIdentify&>(driver);
-  throw std::logic_error("no interface " + interface);
+automation::Object ObjectOf(qkel4x::clsKEL4x& driver, const std::string& interface_name) {
+  if (interface_name.empty()) return driver;
+  if (interface_name == "IDriverSetup") return static_cast<host::IDriverSetup&>(driver);
+  if (interface_name == "IDriverIdentify") return static_cast<host::IDriverIdentify&>(driver);
+  throw std::logic_error("no interface " + interface_name);
 }
 
 Value AsClientsHaveIt(const CaseValue& value) {
@@ -35,12 +35,13 @@ Value AsClientsHaveIt(const CaseValue& value) {
 
 class ByName final : public CallsInProcess {
  public:
-  Value Get(const std::string& interface, const std::string& member, std::span<Value> arguments) override {
-    return automation::Get(ObjectOf(Driver(), interface), InCapitals(member), arguments);
+  Value Get(const std::string& interface_name, const std::string& member,
+            std::span<Value> arguments) override {
+    return automation::Get(ObjectOf(Driver(), interface_name), InCapitals(member), arguments);
   }
 
-  void Put(const std::string& interface, const std::string& member, const CaseValue& value) override {
-    automation::Put(ObjectOf(Driver(), interface), InCapitals(member), AsClientsHaveIt(value));
+  void Put(const std::string& interface_name, const std::string& member, const CaseValue& value) override {
+    automation::Put(ObjectOf(Driver(), interface_name), InCapitals(member), AsClientsHaveIt(value));
   }
 
   void Call(const std::string& member) override { automation::Call(Driver(), InCapitals(member)); }

@@ -22,10 +22,10 @@ class Calls {
   virtual void Release() = 0;
   virtual std::shared_ptr<host::ParameterNode> Settings() = 0;
 
-  /// `interface` is empty for the class's own members.
-  virtual automation::Value Get(const std::string& interface, const std::string& member,
+  /// `interface_name` is empty for the class's own members.
+  virtual automation::Value Get(const std::string& interface_name, const std::string& member,
                                 std::span<automation::Value> arguments) = 0;
-  virtual void Put(const std::string& interface, const std::string& member, const CaseValue& value) = 0;
+  virtual void Put(const std::string& interface_name, const std::string& member, const CaseValue& value) = 0;
   virtual void Call(const std::string& member) = 0;
 
   virtual automation::Statistics NewStatistics() = 0;

@@ -241,7 +241,7 @@ Step StepOf(const toml::node& node, bool drains) {
   }
   if (actions != 1) Fail(node, "a step does exactly one thing");
 
-  step.interface = Get<std::string>(*table, "interface", "", "a text");
+  step.interface_name = Get<std::string>(*table, "interface", "", "a text");
   if (const toml::node* arguments = table->get("args")) {
     for (const toml::node& argument : ArrayOf(*arguments)) {
       step.arguments.push_back(Required<std::int64_t>(argument, "a whole number"));

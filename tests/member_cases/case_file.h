@@ -42,8 +42,8 @@ struct ExpectedError {
 struct Step {
   enum class Action { kGet, kPut, kCall, kSimulation, kSetting, kStatistics, kRelease };
   Action action = Action::kGet;
-  std::string member;     ///< or the setting's path, or the report
-  std::string interface;  ///< empty for the class's own
+  std::string member;          ///< or the setting's path, or the report
+  std::string interface_name;  ///< empty for the class's own
   std::vector<std::int64_t> arguments;
   CaseValue value;
   CaseValue write;  ///< of kSetting

@@ -129,7 +129,7 @@ class Run {
         Get(step);
         break;
       case Step::Action::kPut:
-        calls_.Put(step.interface, step.member, step.value);
+        calls_.Put(step.interface_name, step.member, step.value);
         break;
       case Step::Action::kCall:
         calls_.Call(step.member);
@@ -171,7 +171,7 @@ class Run {
         if (has_buffer) run.buffer_ = std::get<automation::Bytes>(arguments.back());
       }
     } keep{*this, arguments, has_buffer};
-    const Value result = calls_.Get(step.interface, step.member, arguments);
+    const Value result = calls_.Get(step.interface_name, step.member, arguments);
     if (const auto* statistics = std::get_if<automation::Statistics>(&result)) {
       if (*statistics == statistics_) throw Difference("the same object again, not a new one");
       statistics_ = *statistics;

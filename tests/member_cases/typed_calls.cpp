@@ -24,15 +24,15 @@ struct Target {
   void* object;
 };
 
-Target TargetOf(qkel4x::clsKEL4x& driver, const std::string& interface) {
-  if (interface.empty()) return {automation::kDriverClass, &driver};
-  if (interface == "IDriverSetup") {
+Target TargetOf(qkel4x::clsKEL4x& driver, const std::string& interface_name) {
+  if (interface_name.empty()) return {automation::kDriverClass, &driver};
+  if (interface_name == "IDriverSetup") {
     return {automation::kSetupInterface, static_cast<host::IDriverSetup*>(&driver)};
   }
-  if (interface == "IDriverIdentify") {
+  if (interface_name == "IDriverIdentify") {
     return {automation::kIdentifyInterface, static_cast<host::IDriverIdentify*>(&driver)};
   }
-  throw std::logic_error("no interface " + interface);
+  throw std::logic_error("no interface " + interface_name);
 }
 
 Value Exactly(const CaseValue& value, ValueType type) {
@@ -58,8 +58,9 @@ Value Exactly(const CaseValue& value, ValueType type) {
 
 class Typed final : public CallsInProcess {
  public:
-  Value Get(const std::string& interface, const std::string& member, std::span<Value> arguments) override {
-    const Target target = TargetOf(Driver(), interface);
+  Value Get(const std::string& interface_name, const std::string& member,
+            std::span<Value> arguments) override {
+    const Target target = TargetOf(Driver(), interface_name);
     const automation::Member& row = Row(target.owner, member);
     if (row.Parameters().size() != arguments.size())
       throw std::logic_error(member + ": wrong argument count");
@@ -72,8 +73,8 @@ class Typed final : public CallsInProcess {
     return row.Get(target.object, arguments);
   }
 
-  void Put(const std::string& interface, const std::string& member, const CaseValue& value) override {
-    const Target target = TargetOf(Driver(), interface);
+  void Put(const std::string& interface_name, const std::string& member, const CaseValue& value) override {
+    const Target target = TargetOf(Driver(), interface_name);
     const automation::Member& row = Row(target.owner, member);
     if (!row.Writable()) throw std::logic_error(member + " cannot be written");
     row.Put(target.object, Exactly(value, row.access.type.value));

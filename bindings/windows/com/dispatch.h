@@ -2,8 +2,7 @@
 // cannot pass as published are converted and written back.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 namespace com {
 

@@ -2,8 +2,7 @@
 // of somebody else's object comes in as an AutomationError.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 #include <cstdint>
 #include <exception>

@@ -1,8 +1,7 @@
 // Calls by name on somebody else's object.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 #include <wrl/client.h>
 
 #include <span>

@@ -1,8 +1,7 @@
 // What one in-process server publishes, and the four entry points over it. Each DLL defines kModule.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 #include <span>
 #include <string_view>

@@ -1,8 +1,7 @@
 // Objects of this module as the platform sees them: counted, with any number of dual interfaces.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 #include <atomic>
 #include <type_traits>

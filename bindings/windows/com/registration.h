@@ -1,8 +1,7 @@
 // The registry entries of a module: its classes, its type library and the interfaces in it.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 #include <string>
 #include <vector>

@@ -1,8 +1,7 @@
 // Texts at the border: the component's bytes (UTF-8) and the platform's UTF-16.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,7 @@
 // The platform's value: ownership, and conversion from and to the types of this system.
 #pragma once
 
-#include <oleauto.h>
-#include <windows.h>
+#include <ole2.h>
 
 #include <concepts>
 #include <cstdint>

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Holds the checked-in interface definition and method bodies against the member table.
+# Holds the checked-in interface definition and the code that goes with it against the member table.
 # usage: compare_interfaces.sh INTERFACE_TEXT   (set UPDATE=1 to write them anew)
 set -eu
 program=$1
@@ -13,3 +13,4 @@ compare() {
 }
 compare idl qkel4x.idl
 compare methods dual_methods.h
+compare client tests/early_members.h
