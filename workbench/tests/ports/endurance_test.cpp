@@ -1,0 +1,148 @@
+// Long runs: random faults between many exchanges, and ports opened and closed in a row. QKEL4X_ENDURANCE
+// multiplies the counts, which are small enough for every day without it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "workbench/tests/ports/bench.h"
+
+namespace workbench::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+int Times(int count) {
+  const char* const factor = std::getenv("QKEL4X_ENDURANCE");
+  return count * (factor != nullptr ? std::max(1, std::atoi(factor)) : 1);
+}
+
+/// A number below `limit` that looks random and is the same in each run (SplitMix64).
+unsigned Dice(std::uint64_t turn, unsigned limit) {
+  std::uint64_t mixed = (turn + 1) * 0x9e3779b97f4a7c15U;
+  mixed = (mixed ^ (mixed >> 30U)) * 0xbf58476d1ce4e5b9U;
+  mixed = (mixed ^ (mixed >> 27U)) * 0x94d049bb133111ebU;
+  return static_cast<unsigned>((mixed ^ (mixed >> 31U)) % limit);
+}
+
+std::ptrdiff_t OpenDescriptors() {
+  const std::filesystem::directory_iterator files("/proc/self/fd");
+  return std::distance(begin(files), end(files));
+}
+
+TEST(EnduranceTest, EveryReplyStaysWithItsQueryUnderRandomFaults) {
+  constexpr float kTimeout = 0.05F;
+  std::atomic<int> faults{0};
+  std::atomic<std::uint64_t> turn{0};
+  Bench bench(Bus::kTcp, [&faults, &turn](std::string_view line, Wire& wire) {
+    const std::string reply = std::string(line.substr(0, line.size() - 1)) + "\n";
+    const unsigned dice = Dice(turn++, 1000);
+    if (dice >= 10) {
+      wire.Send(reply);
+      return;
+    }
+    ++faults;
+    switch (dice) {
+      case 0:
+        break;  // silent
+      case 1:
+        wire.Pause(70ms), wire.Send(reply);
+        break;  // late
+      case 2:
+        wire.Send(reply.substr(0, reply.size() / 2));
+        break;  // cut
+      case 3:
+        wire.Send(reply + reply);
+        break;  // doubled
+      case 4:
+        wire.Send(reply.substr(0, reply.size() - 1) + "\r");
+        break;  // wrong terminator
+      case 5:
+        wire.Close();
+        break;  // closed
+      case 6:
+        wire.Reset();
+        break;  // reset
+      case 7:
+        wire.Send(reply.substr(0, 2)), wire.Close();
+        break;  // cut and closed
+      case 8:
+        wire.Send(reply), wire.Close();
+        break;  // closed after the reply
+      default:
+        for (const char c : reply) wire.Send({&c, 1});
+        break;  // byte by byte
+    }
+  });
+  bench.port->Timeout(kTimeout);
+  const int count = Times(10000);
+  int right = 0;
+  int errors = 0;
+  std::string reply;
+  for (int i = 0; i < count; ++i) {
+    const std::string number = std::to_string(i);
+    try {
+      if (!bench.port->OnLine()) bench.port->OnLine(true);
+      bench.port->Exchange(number + "?", &reply);
+      ASSERT_EQ(reply, number);
+      ++right;
+    } catch (const host::AutomationError& error) {
+      ASSERT_TRUE(error.Code() >= 2010 && error.Code() <= 2013) << error.Description();
+      ++errors;
+    }
+  }
+  EXPECT_EQ(right + errors, count);
+  EXPECT_GT(faults, count / 200);
+  EXPECT_LT(errors, 2 * faults);
+  RecordProperty("exchanges", count);
+  RecordProperty("errors", errors);
+}
+
+class OpenAndCloseTest : public testing::TestWithParam<Bus> {};
+
+TEST_P(OpenAndCloseTest, LeaksNothing) {
+  Bench bench(GetParam(), [](std::string_view line, Wire& wire) { wire.Send(std::string(line) + "\n"); });
+  EXPECT_EQ(bench.port->Query("A?"), "A?");
+  const auto before = OpenDescriptors();
+  const int count = Times(200);
+  for (int i = 0; i < count; ++i) {
+    bench.port->OnLine(false);
+    ASSERT_NO_THROW(bench.port->OnLine(true)) << i;
+    if (i % 10 != 0) continue;
+    ASSERT_EQ(bench.port->Query("A?"), "A?");
+  }
+  std::this_thread::sleep_for(50ms);  // the peer closes its ends on threads of its own
+  EXPECT_LE(OpenDescriptors(), before + 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(AllBuses, OpenAndCloseTest, testing::ValuesIn(kBuses),
+                         [](const auto& test) { return NameOf(test.param); });
+
+TEST(EnduranceTest, SixtyFourInstrumentsInOneProcess) {
+  Workbench host;
+  std::vector<std::thread> threads;
+  std::atomic<int> right{0};
+  for (int t = 0; t < 64; ++t) {
+    threads.emplace_back([&host, &right, t] {
+      const auto port = host.CreateTransport("QPort.clsGUI");
+      port->Settings()->Item("Instrument")->SetValue("KEL" + std::to_string(t), -1, -1);
+      port->OnLine(true);
+      for (int i = 0; i < 50; ++i) {
+        if (port->Query("SYST:ERR?") == "0,\"No error\"") ++right;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(right, 64 * 50);
+}
+
+}  // namespace
+}  // namespace workbench::test
