@@ -111,7 +111,6 @@ constexpr Shown kDb1{1, " (dB)"};
 constexpr Shown kDb2{2, " (dB)"};
 constexpr Shown kPct2{2, " (%)"};
 constexpr Shown kDegrees2{2, " (deg)"};
-constexpr Shown kHz1{1, " (Hz)"};
 constexpr Shown kSymbols2{2, " (Sym/s)"};
 constexpr Shown kMbit6{6, " (MBit/s)"};
 constexpr Shown kRatio3{3};
@@ -460,7 +459,8 @@ ScpiError SetTime(Model& model, Parameters parameters) {
   int parts[3];
   const ScpiError error = ReadThree(parameters, kRanges, parts);
   if (error != ScpiError::kNone) return error;
-  model.SetCalendar(DayOf(model.Calendar()) * kDay + parts[0] * 3600 + parts[1] * 60 + parts[2]);
+  const int time = parts[0] * 3600 + parts[1] * 60 + parts[2];
+  model.SetCalendar(DayOf(model.Calendar()) * kDay + time);
   return ScpiError::kNone;
 }
 

@@ -13,7 +13,7 @@
 namespace simulator {
 namespace {
 
-constexpr std::size_t kReplyLimit = 256 * 1024;
+constexpr std::size_t kReplyLimit = 262'144;
 constexpr std::size_t kMostParameters = 4;
 
 const HeaderTree& Headers() {

@@ -10,8 +10,8 @@
 namespace simulator {
 
 struct PtyServerOptions {
-  std::string link;                      ///< path of a symbolic link to the terminal to make; empty: none
-  std::size_t longest_line = 64 * 1024;  ///< bytes; a longer line is dropped with error -363
+  std::string link;                   ///< path of a symbolic link to the terminal to make; empty: none
+  std::size_t longest_line = 65'536;  ///< bytes; a longer line is dropped with error -363
 };
 
 /// Opens a pseudo-terminal in raw mode at construction and serves it in a thread of its own until Stop() or

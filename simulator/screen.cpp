@@ -194,7 +194,8 @@ void PlotHistogram(Picture& picture, Model& model) {
   Plot plot(picture, -9.0, 9.0, 0.0, 1.1);
   plot.Labels("I", "density", 0, 1);
   const double sigma = std::max(0.08, std::sqrt(21.0) / std::pow(10.0, model.Current().mer_rms_db / 20.0));
-  for (double x = -9.0; x < 9.0; x += 0.25) {
+  for (int bin = 0; bin < 72; ++bin) {
+    const double x = -9.0 + 0.25 * bin;
     double density = 0.0;
     for (int level = -7; level <= 7; level += 2) {
       const double offset = (x + 0.125 - level) / sigma;

@@ -41,7 +41,7 @@ class Session : public std::enable_shared_from_this<Session<Stream>> {
   }
 
  private:
-  static constexpr std::size_t kOutputTurn = 64 * 1024;
+  static constexpr std::size_t kOutputTurn = 65'536;
   static constexpr int kLinesTurn = 32;
 
   void Read() {

@@ -52,7 +52,6 @@ double FilterNoise(Saw saw) {
     case Saw::kOff:
       return 9.0 / 6.0;
     case Saw::kMhz2:
-      return 1.0;
     case Saw::kMhz6:
       return 1.0;
     case Saw::kMhz7:

@@ -15,8 +15,8 @@ struct TcpServerOptions {
   std::string address =
       "127.0.0.1";         ///< numeric IPv4 or IPv6 address of the interface; loopback unless told otherwise
   std::uint16_t port = 0;  ///< 0: any free port
-  std::size_t most_clients = 500;        ///< further ones are closed as soon as they connect
-  std::size_t longest_line = 64 * 1024;  ///< bytes; a longer line is dropped with error -363
+  std::size_t most_clients = 500;     ///< further ones are closed as soon as they connect
+  std::size_t longest_line = 65'536;  ///< bytes; a longer line is dropped with error -363
   std::chrono::milliseconds stall{
       30'000};  ///< a client that reads nothing of its replies for so long is dropped
 };

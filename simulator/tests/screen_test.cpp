@@ -21,6 +21,11 @@ struct Decoded {
   int width = 0;
   int height = 0;
   std::vector<std::uint8_t> dots;  // palette positions
+
+  std::uint8_t& Dot(int x, int y) {
+    return dots.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                   static_cast<std::size_t>(x));
+  }
 };
 
 Decoded Decode(std::string_view pcx) {
@@ -34,7 +39,7 @@ Decoded Decode(std::string_view pcx) {
   picture.height = WordAt(pcx, 10) - WordAt(pcx, 6) + 1;
   const int line_bytes = WordAt(pcx, 66);
   EXPECT_EQ(line_bytes % 2, 0);
-  picture.dots.resize(static_cast<std::size_t>(picture.width * picture.height));
+  picture.dots.resize(static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height));
   std::size_t at = 128;
   for (int y = 0; y < picture.height; ++y) {
     for (int plane = 0; plane < 4; ++plane) {
@@ -50,8 +55,7 @@ Decoded Decode(std::string_view pcx) {
           for (int bit = 0; bit < 8; ++bit) {
             const int x = column * 8 + bit;
             if (x >= picture.width || (value >> (7 - bit) & 1) == 0) continue;
-            picture.dots[static_cast<std::size_t>(y * picture.width + x)] |=
-                static_cast<std::uint8_t>(1 << plane);
+            picture.Dot(x, y) |= static_cast<std::uint8_t>(1 << plane);
           }
         }
       }
@@ -85,13 +89,13 @@ TEST(PcxTest, RoundTripsOddWidthsAndEveryByteValue) {
     }
   }
   picture.Line(-5, 258, 100, 258, Picture::kText);
-  const Decoded decoded = Decode(EncodePcx(picture));
+  Decoded decoded = Decode(EncodePcx(picture));
   ASSERT_EQ(decoded.width, 37);
   ASSERT_EQ(decoded.height, 260);
   for (int y = 0; y < 256; ++y) {
     int value = 0;
     for (int bit = 0; bit < 8; ++bit) {
-      value = value * 2 + (decoded.dots[static_cast<std::size_t>(y * 37 + 8 + bit)] >> Picture::kTrace & 1);
+      value = value * 2 + (decoded.Dot(8 + bit, y) >> Picture::kTrace & 1);
     }
     ASSERT_EQ(value, y);
   }

@@ -143,6 +143,7 @@ TEST_F(ServerTest, ManyClientsAreServedAtOnceAndOneTooManyIsClosed) {
   options.most_clients = 100;
   TcpServer server(instrument_, options);
   std::vector<std::unique_ptr<Client>> clients;
+  clients.reserve(100);
   for (int i = 0; i < 100; ++i) clients.push_back(std::make_unique<Client>(server.Port()));
   for (const auto& client : clients) ASSERT_TRUE(client->Send("*IDN?\n"));
   for (const auto& client : clients) ASSERT_EQ(client->Line(), kIdentity);
