@@ -53,7 +53,7 @@ class Completeness : public testing::Test {
       const Direction direction = step.action == Step::Action::kGet   ? Direction::kGet
                                   : step.action == Step::Action::kPut ? Direction::kPut
                                                                       : Direction::kCall;
-      Count(one, mode, step, evidence_[{step.interface + "." + step.member, direction}]);
+      Count(one, mode, step, evidence_[{step.interface_name + "." + step.member, direction}]);
       if (direction != Direction::kPut || step.error) continue;
       if (step.member == "MeasureMode") mode = static_cast<std::int32_t>(std::get<std::int64_t>(step.value));
       if (step.member == "Mode") mode.reset();
