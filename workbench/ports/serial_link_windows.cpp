@@ -15,6 +15,7 @@ namespace {
 constexpr double kLongestQuiet = 0.5;  // seconds without a byte after which a line counts as quiet
 constexpr auto kLongestDrain = std::chrono::milliseconds(1000);
 constexpr DWORD kQueueSize = 16384;
+constexpr int kMostDrops = 64;  // reads after which a line counts as one that does not stop talking
 
 std::string ErrorText(DWORD error) { return std::system_category().message(static_cast<int>(error)); }
 
@@ -146,7 +147,7 @@ class SerialLink final : public Link {
         silent = 0;
         last = Deadline::Clock::now();
       } else if (silent + std::chrono::duration<double>(Deadline::Clock::now() - last).count() >= quiet) {
-        return Cleared::kQuiet;
+        return Cleared::kClean;
       }
       if (deadline.Expired() || deadline.Interrupted()) {
         fault_ = "the line did not fall silent";
@@ -155,7 +156,24 @@ class SerialLink final : public Link {
     }
   }
 
-  bool DropArrived() override { return false; }
+  Attempt DropArrived() override {
+    std::array<char, 4096> arrived;
+    std::size_t dropped = 0;
+    char last = '\n';
+    for (int i = 0; i < kMostDrops; ++i) {
+      COMSTAT state{};
+      if (ClearCommError(device_.Handle(), nullptr, &state) == 0) return Lost();
+      if (state.cbInQue == 0) {
+        return {EndsLine(last) ? Attempt::Outcome::kDone : Attempt::Outcome::kNothingYet, dropped, false};
+      }
+      const Attempt attempt =
+          Receive(std::span(arrived).first(std::min<std::size_t>(state.cbInQue, arrived.size())));
+      if (attempt.outcome != Attempt::Outcome::kDone) return attempt;
+      dropped += attempt.bytes;
+      last = arrived[attempt.bytes - 1];
+    }
+    return {Attempt::Outcome::kNothingYet, dropped, false};
+  }
 
  private:
   Attempt Lost() {
@@ -178,8 +196,8 @@ class SilentLink final : public Link {
     std::this_thread::sleep_for(kSlice);
     return {};
   }
-  Cleared Clear(const Deadline&, double) override { return Cleared::kQuiet; }
-  bool DropArrived() override { return false; }
+  Cleared Clear(const Deadline&, double) override { return Cleared::kClean; }
+  Attempt DropArrived() override { return {Attempt::Outcome::kDone, 0, false}; }
 };
 
 }  // namespace

@@ -41,7 +41,10 @@ workbench::Workbench& TheWorkbench() {
 template <class Interface>
 IDispatch* Second(IDispatch* driver, const char* name) {
   ComPtr<Interface> second;
-  if (driver == nullptr || FAILED(driver->QueryInterface(__uuidof(Interface), &second))) {
+  if (driver == nullptr) {
+    throw host::AutomationError(host::kNoObject, "QHost.Application", "There is no driver");
+  }
+  if (FAILED(driver->QueryInterface(__uuidof(Interface), &second))) {
     throw host::AutomationError(host::kTypeMismatch, "QHost.Application",
                                 std::string("The object does not have the interface ") + name);
   }
