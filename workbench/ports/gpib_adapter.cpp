@@ -1,5 +1,6 @@
 #include "workbench/ports/gpib_adapter.h"
 
+#include <array>
 #include <chrono>
 #include <utility>
 
@@ -52,22 +53,16 @@ class AdapterLink final : public Link {
     outgoing_.clear();
     fault_.clear();
     // A "++read" that is still going on may bring a late reply until the adapter gives it up.
-    if (asked_) {
-      const auto over = asked_at_ + kReadTimeout + kReadMargin;
-      while (steady_clock::now() < over && !deadline.Expired() && !deadline.Interrupted()) Discard();
-      if (steady_clock::now() < over) {
+    if (asked_) Discard();
+    while (asked_ && steady_clock::now() - asked_at_ < kReadTimeout + kReadMargin) {
+      if (deadline.Expired() || deadline.Interrupted()) {
         fault_ = "the adapter is still reading for the transfer before";
         return Cleared::kBusy;
       }
+      Discard();
     }
     if (!Command("++clr\n", deadline)) return Cleared::kFailed;
     asked_ = false;
-    while (Discard()) {
-      if (deadline.Expired() || deadline.Interrupted()) {
-        fault_ = "the adapter did not fall silent";
-        return Cleared::kFailed;
-      }
-    }
     return Cleared::kClean;
   }
 
@@ -101,10 +96,11 @@ class AdapterLink final : public Link {
     return {Attempt::Outcome::kDone, 0, false};
   }
 
-  /// Receives and forgets for a slice; whether something came.
-  bool Discard() {
-    char arrived[4096];
-    return stream_->Receive(arrived).bytes > 0;
+  /// Receives and forgets for a slice. After a part of a reply the adapter goes on reading.
+  void Discard() {
+    std::array<char, 4096> arrived;
+    const std::size_t bytes = stream_->Receive(arrived).bytes;
+    if (bytes > 0 && !EndsLine(arrived[bytes - 1])) asked_at_ = steady_clock::now();
   }
 
   std::unique_ptr<Link> stream_;

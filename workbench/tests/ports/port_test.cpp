@@ -136,7 +136,7 @@ TEST(TcpPortTest, SendThatNobodyTakesTimesOut) {
   peer.Configure(*port->Settings());
   port->OnLine(true);
   port->Timeout(0.2F);
-  const std::vector<std::uint8_t> data(32UL * 1024UL * 1024UL);
+  const std::vector<std::uint8_t> data(16UL * 1024UL * 1024UL);
   const auto begin = steady_clock::now();
   const auto error = ErrorOf([&] { port->Blocks()->WriteBlock(1, data, "DATA "); });
   EXPECT_LT(SecondsSince(begin), 0.25 + kSlack);
