@@ -33,6 +33,8 @@ struct Arguments {
   double interval = 1.0;  ///< seconds
   int count = 0;          ///< readings of watch; 0: until interrupted
 
+  bool discard = false;   ///< write no screen shot; set while replaying, not by a flag
+
   // members
   bool all = false;
   bool names = false;

@@ -44,7 +44,8 @@ std::string Quoted(std::string_view text) {
     if (c == '"' || c == '\\') quoted += '\\';
     quoted += c;
   }
-  return quoted + '"';
+  quoted += '"';
+  return quoted;
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -106,8 +107,7 @@ ConfigurationFile ParseConfiguration(std::string_view text, const std::filesyste
       }
     } else {
       Refuse(path, key.source(),
-             "\"" + std::string(name) +
-                 "\" is unknown here; known are resource, timeout, [settings] and [instruments]");
+             std::string(name) + " is unknown here; known are resource, timeout, [settings] and [instruments]");
     }
   }
   return file;
@@ -123,7 +123,8 @@ std::filesystem::path DefaultConfigurationPath() {
 }
 
 std::string WithSetting(std::string_view text, std::string_view name, std::string_view value) {
-  const std::string line = Quoted(name) + " = " + Quoted(value) + "\n";
+  std::string line = Quoted(name);
+  line.append(" = ").append(Quoted(value)).append("\n");
   std::string result;
   bool in_settings = false;
   bool done = false;
@@ -145,7 +146,8 @@ std::string WithSetting(std::string_view text, std::string_view name, std::strin
   }
   if (done) return result;
   if (end_of_table != std::string::npos) return result.insert(end_of_table, line);
-  return result + (result.empty() ? "" : "\n") + "[settings]\n" + line;
+  if (!result.empty()) result.append("\n");
+  return result.append("[settings]\n").append(line);
 }
 
 void StoreSetting(const std::filesystem::path& path, std::string_view name, std::string_view value) {
