@@ -30,14 +30,16 @@ Examples:
 
 // The flags that every verb takes, before or after it.
 void AddEveryVerb(CLI::App& app, Arguments& into) {
-  app.add_option("--resource", into.resource, "The instrument, as a resource string or a name of [instruments]")
+  app.add_option("--resource", into.resource,
+                 "The instrument, as a resource string or a name of [instruments]")
       ->type_name("RESOURCE")
       ->group(kEveryVerb);
   app.add_option("--timeout", into.timeout, "Seconds that one transfer may take (default 5)")
       ->type_name("S")
       ->check(CLI::PositiveNumber)
       ->group(kEveryVerb);
-  app.add_option("--setting", into.settings, "A setting of the driver for this run, as \"RS232.Baud Rate=9600\"")
+  app.add_option("--setting", into.settings,
+                 "A setting of the driver for this run, as \"RS232.Baud Rate=9600\"")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false)
       ->group(kEveryVerb);
@@ -45,7 +47,8 @@ void AddEveryVerb(CLI::App& app, Arguments& into) {
       ->type_name("FILE")
       ->group(kEveryVerb);
   app.add_flag("--json", into.json, "Results as JSON, one object a line")->group(kEveryVerb);
-  app.add_flag("--trace", into.trace, "Show the traffic with the instrument on standard error")->group(kEveryVerb);
+  app.add_flag("--trace", into.trace, "Show the traffic with the instrument on standard error")
+      ->group(kEveryVerb);
   app.add_option("--trace-file", into.trace_file, "Write the traffic to a file that kel4x replay takes")
       ->type_name("FILE")
       ->group(kEveryVerb);
@@ -66,15 +69,17 @@ void AddReadingVerbs(CLI::App& app, Arguments& into) {
   CLI::App* get = app.add_subcommand("get", "Read properties");
   get->add_option("NAME", into.words, "Members; GhostPatternAtten(1) for one echo, without a number for all")
       ->required();
-  get->footer("\nExamples:\n  kel4x get MeasureVsbMerRmsDb MeasureRfLevel\n  kel4x get GhostPatternAtten --json\n"
-              "  kel4x get MeasureVsbMerRmsDb --trace");
+  get->footer(
+      "\nExamples:\n  kel4x get MeasureVsbMerRmsDb MeasureRfLevel\n  kel4x get GhostPatternAtten --json\n"
+      "  kel4x get MeasureVsbMerRmsDb --trace");
 
   CLI::App* set = app.add_subcommand("set", "Write a property");
   set->add_option("NAME and VALUE", into.words, "Member and value; an enumeration by name or number")
       ->required()
       ->expected(2);
-  set->footer("\nExamples:\n  kel4x set MeasureMode kelNORM\n  kel4x set RfCenterFrequency 575e6\n"
-              "  kel4x set SetupTime 14:03:09");
+  set->footer(
+      "\nExamples:\n  kel4x set MeasureMode kelNORM\n  kel4x set RfCenterFrequency 575e6\n"
+      "  kel4x set SetupTime 14:03:09");
 
   CLI::App* call = app.add_subcommand("call", "Call a method");
   call->add_option("NAME and ARGUMENTS", into.words, "Method, and its arguments")->required();
@@ -87,18 +92,21 @@ void AddReadingVerbs(CLI::App& app, Arguments& into) {
   members->footer("\nExamples:\n  kel4x members\n  kel4x members MeasureMode");
 
   CLI::App* settings = app.add_subcommand("settings", "Show the driver's settings, or store one");
-  settings->add_option("NAME[=VALUE]", into.words, "A setting; with a value it goes to the configuration file")
+  settings
+      ->add_option("NAME[=VALUE]", into.words, "A setting; with a value it goes to the configuration file")
       ->expected(0, 1);
-  settings->footer("\nExamples:\n  kel4x settings\n  kel4x settings \"RS232.Baud Rate\"\n"
-                   "  kel4x settings \"RS232.Baud Rate=9600\"");
+  settings->footer(
+      "\nExamples:\n  kel4x settings\n  kel4x settings \"RS232.Baud Rate\"\n"
+      "  kel4x settings \"RS232.Baud Rate=9600\"");
 
   CLI::App* survey = app.add_subcommand("survey", "Read everything that the instrument can tell");
   AddTuning(*survey, into);
   survey->add_option("--report", into.report, "Write a report, one HTML page for the browser and the printer")
       ->type_name("FILE");
   survey->add_option("--csv", into.csv, "Write the table as CSV; - for standard output")->type_name("FILE");
-  survey->footer("\nExamples:\n  kel4x survey --report survey.html\n"
-                 "  kel4x survey --center 575e6 --csv survey.csv\n  kel4x survey --json | jq .name");
+  survey->footer(
+      "\nExamples:\n  kel4x survey --report survey.html\n"
+      "  kel4x survey --center 575e6 --csv survey.csv\n  kel4x survey --json | jq .name");
 
   CLI::App* screenshot = app.add_subcommand("screenshot", "Save the instrument's screen");
   screenshot->add_option("FILE", into.words, "A name that ends in .png or .pcx")->required()->expected(1);
@@ -113,10 +121,14 @@ void AddReadingVerbs(CLI::App& app, Arguments& into) {
       ->type_name("S")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
-  watch->add_option("--count", into.count, "Stop after so many readings")->type_name("N")->check(CLI::PositiveNumber);
-  watch->add_flag("--csv", into.csv_lines, "CSV instead of one JSON object a line, where there is no terminal");
-  watch->footer("\nExamples:\n  kel4x watch MeasureVsbMerRmsDb MeasureRfLevel --interval 2\n"
-                "  kel4x watch MeasureRfLevel --csv > level.csv");
+  watch->add_option("--count", into.count, "Stop after so many readings")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
+  watch->add_flag("--csv", into.csv_lines,
+                  "CSV instead of one JSON object a line, where there is no terminal");
+  watch->footer(
+      "\nExamples:\n  kel4x watch MeasureVsbMerRmsDb MeasureRfLevel --interval 2\n"
+      "  kel4x watch MeasureRfLevel --csv > level.csv");
 }
 
 void AddOtherVerbs(CLI::App& app, Arguments& into) {
@@ -136,17 +148,20 @@ void AddOtherVerbs(CLI::App& app, Arguments& into) {
       ->type_name("DB")
       ->capture_default_str();
   simulate->add_option("--level", into.level, "Level of the signal")->type_name("DBM")->capture_default_str();
-  simulate->add_option("--settle", into.settle, "Multiplies the times that modes take to settle; 0 for at once")
+  simulate
+      ->add_option("--settle", into.settle, "Multiplies the times that modes take to settle; 0 for at once")
       ->type_name("FACTOR")
       ->check(CLI::NonNegativeNumber)
       ->capture_default_str();
-  simulate->add_option("--time-scale", into.time_scale, "Seconds of the instrument in a second of the machine")
+  simulate
+      ->add_option("--time-scale", into.time_scale, "Seconds of the instrument in a second of the machine")
       ->type_name("FACTOR")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   simulate->add_option("--seed", into.seed, "Seed of the measurement noise")->capture_default_str();
-  simulate->footer("\nExamples:\n  kel4x simulate\n  kel4x simulate --port 0 --json\n"
-                   "  kel4x simulate --no-tcp --pty /tmp/kel40");
+  simulate->footer(
+      "\nExamples:\n  kel4x simulate\n  kel4x simulate --port 0 --json\n"
+      "  kel4x simulate --no-tcp --pty /tmp/kel40");
 
   CLI::App* doctor = app.add_subcommand("doctor", "Try each layer of the link and say which one fails");
   doctor->footer("\nExample:\n  kel4x doctor --resource TCPIP::192.168.0.40::5025::SOCKET");
@@ -163,8 +178,9 @@ void AddOtherVerbs(CLI::App& app, Arguments& into) {
       ->required()
       ->expected(1)
       ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-  completion->footer("\nExamples:\n  source <(kel4x completion bash)\n"
-                     "  kel4x completion fish > ~/.config/fish/completions/kel4x.fish");
+  completion->footer(
+      "\nExamples:\n  source <(kel4x completion bash)\n"
+      "  kel4x completion fish > ~/.config/fish/completions/kel4x.fish");
 }
 
 void Build(CLI::App& app, Arguments& into) {

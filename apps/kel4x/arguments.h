@@ -7,7 +7,8 @@
 
 namespace kel4x {
 
-/// What was asked for: flags as they were given, before the environment and the configuration file are looked at.
+/// What was asked for: flags as they were given, before the environment and the configuration file are looked
+/// at.
 struct Arguments {
   std::string verb;
   std::vector<std::string> words;  ///< the positional arguments of the verb
@@ -33,7 +34,7 @@ struct Arguments {
   double interval = 1.0;  ///< seconds
   int count = 0;          ///< readings of watch; 0: until interrupted
 
-  bool discard = false;   ///< write no screen shot; set while replaying, not by a flag
+  bool discard = false;  ///< write no screen shot; set while replaying, not by a flag
 
   // members
   bool all = false;
@@ -53,8 +54,8 @@ struct Arguments {
   unsigned seed = 1;
 };
 
-/// Reads a command line, without the name of the program. Help and version are printed and give nothing. Throws
-/// a UsageError.
+/// Reads a command line, without the name of the program. Help and version are printed and give nothing.
+/// Throws a UsageError.
 std::optional<Arguments> ParseArguments(const std::vector<std::string>& line);
 
 /// The verbs with one sentence each, and the long flags of each verb; for completion.

@@ -98,7 +98,8 @@ _kel4x() {
 if [[ ${funcstack[1]} == _kel4x ]]; then _kel4x "$@"; else compdef _kel4x kel4x; fi
 )sh";
 
-constexpr char kFish[] = R"sh(# Completion of kel4x for fish: kel4x completion fish > ~/.config/fish/completions/kel4x.fish
+constexpr char kFish[] =
+    R"sh(# Completion of kel4x for fish: kel4x completion fish > ~/.config/fish/completions/kel4x.fish
 complete -c kel4x -f
 )sh";
 
@@ -112,15 +113,18 @@ std::string Replaced(std::string text, std::string_view mark, std::string_view b
 std::string FishScript(const std::vector<VerbSummary>& verbs) {
   std::string script = kFish;
   for (const VerbSummary& verb : verbs) {
-    script += "complete -c kel4x -n __fish_use_subcommand -a " + verb.name + " -d '" + Quote(verb.sentence) + "'\n";
+    script +=
+        "complete -c kel4x -n __fish_use_subcommand -a " + verb.name + " -d '" + Quote(verb.sentence) + "'\n";
     for (const std::string& flag : verb.flags) {
-      script += "complete -c kel4x -n '__fish_seen_subcommand_from " + verb.name + "' -l " + flag.substr(2) + "\n";
+      script +=
+          "complete -c kel4x -n '__fish_seen_subcommand_from " + verb.name + "' -l " + flag.substr(2) + "\n";
     }
   }
-  script += "complete -c kel4x -n '__fish_seen_subcommand_from get set watch' -a '(kel4x members --names)'\n"
-            "complete -c kel4x -n '__fish_seen_subcommand_from call members' -a '(kel4x members --names --all)'\n"
-            "complete -c kel4x -n '__fish_seen_subcommand_from completion' -a 'bash zsh fish'\n"
-            "complete -c kel4x -n '__fish_seen_subcommand_from screenshot replay' -F\n";
+  script +=
+      "complete -c kel4x -n '__fish_seen_subcommand_from get set watch' -a '(kel4x members --names)'\n"
+      "complete -c kel4x -n '__fish_seen_subcommand_from call members' -a '(kel4x members --names --all)'\n"
+      "complete -c kel4x -n '__fish_seen_subcommand_from completion' -a 'bash zsh fish'\n"
+      "complete -c kel4x -n '__fish_seen_subcommand_from screenshot replay' -F\n";
   return script;
 }
 

@@ -106,8 +106,9 @@ ConfigurationFile ParseConfiguration(std::string_view text, const std::filesyste
         file.instruments.emplace(instrument.str(), TextOf(value, path, instrument.str()));
       }
     } else {
-      Refuse(path, key.source(),
-             std::string(name) + " is unknown here; known are resource, timeout, [settings] and [instruments]");
+      Refuse(
+          path, key.source(),
+          std::string(name) + " is unknown here; known are resource, timeout, [settings] and [instruments]");
     }
   }
   return file;

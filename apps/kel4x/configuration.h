@@ -14,9 +14,9 @@ namespace kel4x {
 struct ConfigurationFile {
   std::filesystem::path path;  ///< empty where there is no file
   std::optional<std::string> resource;
-  std::optional<double> timeout;                                     ///< seconds
-  std::vector<std::pair<std::string, std::string>> settings;         ///< of the driver: path and value
-  std::map<std::string, std::string, std::less<>> instruments;       ///< name and resource string
+  std::optional<double> timeout;                                ///< seconds
+  std::vector<std::pair<std::string, std::string>> settings;    ///< of the driver: path and value
+  std::map<std::string, std::string, std::less<>> instruments;  ///< name and resource string
 };
 
 /// Reads a configuration file. Throws a UsageError with file, line and reason on what is no such file.

@@ -1,5 +1,5 @@
-// doctor: each layer of the link in turn, from the resource string to a reading, and what to do about the first
-// that fails.
+// doctor: each layer of the link in turn, from the resource string to a reading, and what to do about the
+// first that fails.
 #include <chrono>
 #include <cstdio>
 
@@ -20,7 +20,8 @@ class Examination {
   }
 
  private:
-  void Tell(const std::string& layer, bool good, const std::string& finding, const std::string& advice) const {
+  void Tell(const std::string& layer, bool good, const std::string& finding,
+            const std::string& advice) const {
     if (json_) {
       std::vector<std::pair<std::string, std::string>> fields{
           {"layer", layer}, {"result", good ? "good" : "bad"}, {"finding", finding}};
@@ -30,8 +31,8 @@ class Examination {
     }
     const char* colour = !colour_ ? "" : good ? "\033[32m" : "\033[31m";
     const std::string padding(layer.size() < 14 ? 14 - layer.size() : 1, ' ');
-    PrintLine(std::string(colour) + (good ? "good  " : "BAD   ") + (colour_ ? "\033[0m" : "") + layer + padding +
-              finding);
+    PrintLine(std::string(colour) + (good ? "good  " : "BAD   ") + (colour_ ? "\033[0m" : "") + layer +
+              padding + finding);
     if (!advice.empty()) PrintLine("      " + std::string(14, ' ') + advice);
   }
 
@@ -45,7 +46,8 @@ std::string Advice(const Resource& resource) {
       return "Check the name or address, the cable, the firewall, and that the instrument listens on port " +
              std::to_string(resource.tcp_port) + "; it may serve one client only.";
     case Resource::Port::kSerial:
-      return "Check that the device is there (kel4x list), that no other program uses it, and that you may open it "
+      return "Check that the device is there (kel4x list), that no other program uses it, and that you may "
+             "open it "
              "(group dialout on Debian).";
     case Resource::Port::kGpib:
       return "Check that the bus library is installed, and board and address (kel4x settings GPIB).";
@@ -81,10 +83,11 @@ ExitCode Doctor(Run& run) {
   } catch (const NoLinkError& error) {
     // A port that opened and then failed is reached, but what answers there is not this instrument.
     const bool silent = session->Link().Transfers() > 1;
-    examination.Bad(silent ? "first words" : "port", error.what(),
-                    silent ? "Something is there, but it does not answer as this instrument does: check the address, "
-                             "on a serial line also baud rate, parity and handshake (kel4x settings RS232)."
-                           : Advice(resource));
+    examination.Bad(
+        silent ? "first words" : "port", error.what(),
+        silent ? "Something is there, but it does not answer as this instrument does: check the address, "
+                 "on a serial line also baud rate, parity and handshake (kel4x settings RS232)."
+               : Advice(resource));
     return kNoLink;
   }
   examination.Good("port", "open, and the instrument is in remote control");
@@ -99,12 +102,14 @@ ExitCode Doctor(Run& run) {
                                 Milliseconds(reading.seconds));
     return kDone;
   };
-  ExitCode code = step("identity", "Identity",
-                       "The instrument takes commands but does not say who it is: check that it is a KEL 40 or 43, and "
-                       "the terminator of the link.");
+  ExitCode code =
+      step("identity", "Identity",
+           "The instrument takes commands but does not say who it is: check that it is a KEL 40 or 43, and "
+           "the terminator of the link.");
   if (code == kDone) {
     // Each exchange drains the error queue first; a reading that comes back shows that it empties.
-    code = step("error queue", "SetupTime", "The instrument's error queue does not empty: switch it off and on.");
+    code = step("error queue", "SetupTime",
+                "The instrument's error queue does not empty: switch it off and on.");
   }
   if (code == kDone) {
     code = step("mode", "Mode", "The instrument does not tell its operating mode.");

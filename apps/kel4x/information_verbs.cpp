@@ -37,8 +37,8 @@ void Describe(const Member& member) {
   }
   line("modes", modes);
   for (std::size_t i = 0; i < member.Parameters().size(); ++i) {
-    line("argument", std::string(member.arguments[i]) + ", " +
-                         std::string(automation::TypeName(member.Parameters()[i])));
+    line("argument",
+         std::string(member.arguments[i]) + ", " + std::string(automation::TypeName(member.Parameters()[i])));
   }
   line("errors", member.errors);
   line("note", member.oddities);
@@ -148,7 +148,8 @@ ExitCode List(Run& run) {
     add("instrument", name, resource, "instrument \"" + name + "\" of " + run.file.path.string());
   }
   for (const std::string& device : terminal::SerialDevices()) {
-    add("serial", device, device.starts_with('/') ? "ASRL::" + device + "::INSTR" : "ASRL" + device.substr(3) + "::INSTR",
+    add("serial", device,
+        device.starts_with('/') ? "ASRL::" + device + "::INSTR" : "ASRL" + device.substr(3) + "::INSTR",
         "serial port " + device);
   }
   for (const std::string& device : terminal::GpibDevices()) {

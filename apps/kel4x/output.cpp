@@ -33,7 +33,8 @@ ordered_json ErrorObject(const Failure& failure) {
 
 ordered_json StatisticsObject(const qkel4x::clsStatistics& statistics) {
   ordered_json object;
-  auto& readable = const_cast<qkel4x::clsStatistics&>(statistics);  // reading through the table changes nothing
+  auto& readable =
+      const_cast<qkel4x::clsStatistics&>(statistics);  // reading through the table changes nothing
   for (const automation::Member& member : automation::kStatisticsClass.members) {
     if (!member.Readable()) continue;
     const automation::Value value = automation::Get(readable, member);
@@ -123,22 +124,25 @@ std::string MemberJson(const automation::Member& member) {
   object["id"] = member.id;
   object["kind"] = kKinds[static_cast<std::size_t>(member.access.kind)];
   object["access"] = AccessText(member);
-  if (member.access.type.value != ValueType::kNothing) object["type"] = automation::TypeName(member.access.type);
+  if (member.access.type.value != ValueType::kNothing)
+    object["type"] = automation::TypeName(member.access.type);
   if (!member.unit.empty()) object["unit"] = member.unit;
   if (!member.range.empty()) object["range"] = member.range;
   if (!member.modes.Empty()) {
     object["modes"] = ordered_json::array();
     for (const auto& mode : automation::kEnumerators<qkel4x::KelMeasureModes>) {
-      if (member.modes.Has(static_cast<qkel4x::KelMeasureModes>(mode.value))) object["modes"].push_back(mode.name);
+      if (member.modes.Has(static_cast<qkel4x::KelMeasureModes>(mode.value)))
+        object["modes"].push_back(mode.name);
     }
   }
   if (const auto* enumeration = member.access.type.enumeration) {
     object["values"] = ordered_json::object();
-    for (const auto& entry : enumeration->enumerators) object["values"][std::string(entry.name)] = entry.value;
+    for (const auto& entry : enumeration->enumerators)
+      object["values"][std::string(entry.name)] = entry.value;
   }
   for (std::size_t i = 0; i < member.Parameters().size(); ++i) {
-    object["arguments"].push_back({{"name", member.arguments[i]},
-                                   {"type", automation::TypeName(member.Parameters()[i])}});
+    object["arguments"].push_back(
+        {{"name", member.arguments[i]}, {"type", automation::TypeName(member.Parameters()[i])}});
   }
   object["doc"] = member.doc;
   if (!member.errors.empty()) object["errors"] = member.errors;

@@ -109,12 +109,11 @@ std::array<Colour, 256> Palette(std::span<const std::uint8_t> file, const Header
   }
   constexpr std::size_t kTrailer = 1 + 3 * 256;
   if (depth == 8) {
-    const bool has_trailer =
-        file.size() >= kHeaderSize + kTrailer && file[file.size() - kTrailer] == 0x0C;
+    const bool has_trailer = file.size() >= kHeaderSize + kTrailer && file[file.size() - kTrailer] == 0x0C;
     for (std::size_t i = 0; i < 256; ++i) {
       for (std::size_t channel = 0; channel < 3; ++channel) {
-        palette[i][channel] = has_trailer ? file[file.size() - kTrailer + 1 + 3 * i + channel]
-                                          : static_cast<std::uint8_t>(i);
+        palette[i][channel] =
+            has_trailer ? file[file.size() - kTrailer + 1 + 3 * i + channel] : static_cast<std::uint8_t>(i);
       }
     }
     return palette;

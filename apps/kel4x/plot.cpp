@@ -40,18 +40,20 @@ struct Axis {
   bool logarithmic = false;
 
   double Place(double value) const {
-    const double part = logarithmic ? (std::log10(value) - std::log10(from)) / (std::log10(to) - std::log10(from))
-                                    : (value - from) / (to - from);
+    const double part = logarithmic
+                            ? (std::log10(value) - std::log10(from)) / (std::log10(to) - std::log10(from))
+                            : (value - from) / (to - from);
     return begin + part * (end - begin);
   }
 };
 
 std::string Line(double x1, double y1, double x2, double y2, const char* kind) {
-  return "<line class=\"" + std::string(kind) + "\" x1=\"" + At(x1) + "\" y1=\"" + At(y1) + "\" x2=\"" + At(x2) +
-         "\" y2=\"" + At(y2) + "\"/>\n";
+  return "<line class=\"" + std::string(kind) + "\" x1=\"" + At(x1) + "\" y1=\"" + At(y1) + "\" x2=\"" +
+         At(x2) + "\" y2=\"" + At(y2) + "\"/>\n";
 }
 
-std::string Text(double x, double y, const char* anchor, const std::string& text, const std::string& more = {}) {
+std::string Text(double x, double y, const char* anchor, const std::string& text,
+                 const std::string& more = {}) {
   return "<text x=\"" + At(x) + "\" y=\"" + At(y) + "\" text-anchor=\"" + anchor + "\"" + more + ">" +
          HtmlText(text) + "</text>\n";
 }
@@ -76,14 +78,15 @@ std::vector<double> Ticks(double least, double greatest, int wanted) {
 std::string PlotSvg(const StemPlot& plot) {
   std::vector<Stem> stems;
   for (const Stem& stem : plot.stems) {
-    if (std::isfinite(stem.x) && std::isfinite(stem.y) && (!plot.logarithmic_x || stem.x > 0)) stems.push_back(stem);
+    if (std::isfinite(stem.x) && std::isfinite(stem.y) && (!plot.logarithmic_x || stem.x > 0))
+      stems.push_back(stem);
   }
   double x_least = plot.logarithmic_x ? 10 : 0;
   double x_greatest = plot.logarithmic_x ? 100 : 1;
   double y_greatest = 0;
   if (!stems.empty()) {
-    const auto [low, high] =
-        std::minmax_element(stems.begin(), stems.end(), [](const Stem& a, const Stem& b) { return a.x < b.x; });
+    const auto [low, high] = std::minmax_element(stems.begin(), stems.end(),
+                                                 [](const Stem& a, const Stem& b) { return a.x < b.x; });
     x_least = low->x;
     x_greatest = high->x;
     for (const Stem& stem : stems) y_greatest = std::max(y_greatest, stem.y);
@@ -109,8 +112,8 @@ std::string PlotSvg(const StemPlot& plot) {
   if (plot.downwards) std::swap(y.begin, y.end);
   const double floor = kHeight - kBottom;
 
-  std::string svg = "<svg class=\"plot\" viewBox=\"0 0 640 280\" role=\"img\" aria-label=\"" + HtmlText(plot.title) +
-                    "\" xmlns=\"http://www.w3.org/2000/svg\">\n";
+  std::string svg = "<svg class=\"plot\" viewBox=\"0 0 640 280\" role=\"img\" aria-label=\"" +
+                    HtmlText(plot.title) + "\" xmlns=\"http://www.w3.org/2000/svg\">\n";
   for (const double tick : y_ticks) {
     svg += Line(kLeft, y.Place(tick), kWidth - kRight, y.Place(tick), "grid");
     svg += Text(kLeft - 8, y.Place(tick) + 4, "end", TickText(tick, step));
@@ -121,7 +124,8 @@ std::string PlotSvg(const StemPlot& plot) {
     svg += Line(place, kTop, place, floor, "grid");
     const bool kilo = plot.logarithmic_x && x_ticks[i] >= 1000;
     svg += Text(place, floor + 17, "middle",
-                kilo ? Format("%g k", x_ticks[i] / 1000) : TickText(x_ticks[i], plot.logarithmic_x ? x_ticks[i] : x_step));
+                kilo ? Format("%g k", x_ticks[i] / 1000)
+                     : TickText(x_ticks[i], plot.logarithmic_x ? x_ticks[i] : x_step));
     if (plot.logarithmic_x && i + 1 < x_ticks.size()) {
       for (int minor = 2; minor < 10; ++minor) {
         const double at = x.Place(x_ticks[i] * minor);
@@ -132,14 +136,12 @@ std::string PlotSvg(const StemPlot& plot) {
   svg += Line(kLeft, floor, kWidth - kRight, floor, "axis");
   svg += Line(kLeft, kTop, kLeft, floor, "axis");
   svg += Text((kLeft + kWidth - kRight) / 2, kHeight - 8, "middle", plot.x_label);
-  const std::string turned =
-      " transform=\"rotate(-90 14 " + At((kTop + floor) / 2) + ")\"";
+  const std::string turned = " transform=\"rotate(-90 14 " + At((kTop + floor) / 2) + ")\"";
   svg += Text(14, (kTop + floor) / 2, "middle", plot.y_label, turned);
 
   // A label gives way to a stronger neighbour that it would cover.
-  std::sort(stems.begin(), stems.end(), [&](const Stem& a, const Stem& b) {
-    return plot.downwards ? a.y < b.y : a.y > b.y;
-  });
+  std::sort(stems.begin(), stems.end(),
+            [&](const Stem& a, const Stem& b) { return plot.downwards ? a.y < b.y : a.y > b.y; });
   std::vector<std::pair<double, double>> labelled;
   for (const Stem& stem : stems) {
     const double px = x.Place(stem.x);

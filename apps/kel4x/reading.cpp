@@ -99,8 +99,14 @@ std::vector<Target> FindTargets(std::string_view name) {
 }
 
 Reading Read(Session& session, const Target& target) {
-  Reading reading{.target = target, .value = {}, .unit = UnitOf(*target.member), .status = {}, .remark = {},
-                  .mode = {}, .seconds = 0, .failure = {}};
+  Reading reading{.target = target,
+                  .value = {},
+                  .unit = UnitOf(*target.member),
+                  .status = {},
+                  .remark = {},
+                  .mode = {},
+                  .seconds = 0,
+                  .failure = {}};
   qkel4x::clsKEL4x& driver = session.Driver();
   const auto begin = std::chrono::steady_clock::now();
   reading.failure = session.Attempt([&] {
@@ -115,8 +121,8 @@ Reading Read(Session& session, const Target& target) {
   if (reading.failure) return reading;
 
   const ValueType type = automation::TypeOf(reading.value);
-  const bool has_status = type == ValueType::kBool || type == ValueType::kInt16 || type == ValueType::kInt32 ||
-                          type == ValueType::kDouble;
+  const bool has_status = type == ValueType::kBool || type == ValueType::kInt16 ||
+                          type == ValueType::kInt32 || type == ValueType::kDouble;
   if (!has_status) return reading;
   if (target.index != 0) {
     reading.status = driver.Prefix();

@@ -17,7 +17,8 @@ namespace {
 // Tells a failure in the way that was asked for and says what it means for the process.
 ExitCode Tell(const Arguments& arguments, std::string_view name, const Failure& failure) {
   if (arguments.json) PrintLine(FailureJson(name, failure));
-  Complain(Session::Interrupted() ? std::string(name) + ": interrupted" : std::string(name) + ": " + failure.Text());
+  Complain(Session::Interrupted() ? std::string(name) + ": interrupted"
+                                  : std::string(name) + ": " + failure.Text());
   return CodeOf(failure);
 }
 
@@ -57,7 +58,8 @@ ExitCode Get(const Arguments& arguments, Session& session) {
       continue;
     }
     std::string line = ValueText(reading);
-    if (const auto* statistics = std::get_if<automation::Statistics>(&reading.value); statistics && *statistics) {
+    if (const auto* statistics = std::get_if<automation::Statistics>(&reading.value);
+        statistics && *statistics) {
       line = (*statistics)->Statistics();
     }
     if (!reading.unit.empty() && reading.Valid()) line += " " + reading.unit;
@@ -93,7 +95,8 @@ ExitCode Call(const Arguments& arguments, Session& session) {
   }
   std::vector<automation::Value> values;
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    if (parameters[i].value == automation::ValueType::kBytes) throw UsageError(name + ": kel4x screenshot FILE");
+    if (parameters[i].value == automation::ValueType::kBytes)
+      throw UsageError(name + ": kel4x screenshot FILE");
     values.push_back(ParseValue(arguments.words[i + 1], parameters[i], name));
   }
   session.Link().Heading("call " + name);

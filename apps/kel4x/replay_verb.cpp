@@ -23,13 +23,12 @@ struct Playback {
   bool on_line = false;
   std::optional<std::string> difference;
 
-  // The next event that a port plays back; cleaning up after a failed transfer, with a new connection where it
-  // takes one, was the port's own affair.
+  // The next event that a port plays back; cleaning up after a failed transfer, with a new connection where
+  // it takes one, was the port's own affair.
   const TraceEvent* Next() {
     using Direction = TraceEvent::Direction;
-    while (next < trace.events.size() &&
-           (trace.events[next].direction == Direction::kCleared ||
-            (on_line && trace.events[next].direction == Direction::kOpened))) {
+    while (next < trace.events.size() && (trace.events[next].direction == Direction::kCleared ||
+                                          (on_line && trace.events[next].direction == Direction::kOpened))) {
       ++next;
     }
     return next < trace.events.size() ? &trace.events[next] : nullptr;
@@ -38,10 +37,9 @@ struct Playback {
   [[noreturn]] void Differ(const std::string& now) {
     if (!difference) {
       const TraceEvent* event = Next();
-      difference = event == nullptr
-                       ? file + ": the recording ends, but now " + now
-                       : file + ":" + std::to_string(event->line) + ": the recording has " + Shown(*event) +
-                             ", but now " + now;
+      difference = event == nullptr ? file + ": the recording ends, but now " + now
+                                    : file + ":" + std::to_string(event->line) + ": the recording has " +
+                                          Shown(*event) + ", but now " + now;
     }
     throw host::AutomationError(kPassedThrough, "kel4x.replay", *difference);
   }

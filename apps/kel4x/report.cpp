@@ -87,7 +87,8 @@ std::string SecondsText(double seconds) {
   if (seconds < 90) {
     std::snprintf(text, sizeof text, "%.1f s", seconds);
   } else {
-    std::snprintf(text, sizeof text, "%d min %02d s", static_cast<int>(seconds) / 60, static_cast<int>(seconds) % 60);
+    std::snprintf(text, sizeof text, "%d min %02d s", static_cast<int>(seconds) / 60,
+                  static_cast<int>(seconds) % 60);
   }
   return text;
 }
@@ -138,16 +139,20 @@ class Page {
 
   void Head() {
     const std::string model = ValueOf("ModelNumber");
-    page_ += "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
-             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-             HtmlText((model.empty() ? "Instrument" : model) + " survey " + TimeText(result_.started)) +
-             "</title>\n<style>" + kStyle + "</style></head>\n<body>\n<header><div><div class=\"kicker\">"
-             "Measurement report</div><h1>" +
-             HtmlText(model.empty() ? "Survey" : model + " survey") + "</h1></div><p>" +
-             HtmlText(TimeText(result_.started)) + "<br>kel4x " + kVersion + "</p></header>\n";
+    page_ +=
+        "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n"
+        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
+        HtmlText((model.empty() ? "Instrument" : model) + " survey " + TimeText(result_.started)) +
+        "</title>\n<style>" + kStyle +
+        "</style></head>\n<body>\n<header><div><div class=\"kicker\">"
+        "Measurement report</div><h1>" +
+        HtmlText(model.empty() ? "Survey" : model + " survey") + "</h1></div><p>" +
+        HtmlText(TimeText(result_.started)) + "<br>kel4x " + kVersion + "</p></header>\n";
     if (facts_.simulated) {
-      page_ += "<p class=\"notice\"><b>Simulated instrument.</b> These readings come from a simulation, not from a "
-               "device.</p>\n";
+      page_ +=
+          "<p class=\"notice\"><b>Simulated instrument.</b> These readings come from a simulation, not from "
+          "a "
+          "device.</p>\n";
     }
     if (!result_.lost.empty()) {
       page_ += "<p class=\"notice\"><b>Incomplete.</b> " + HtmlText(Sentence(result_.lost)) + "</p>\n";
@@ -166,7 +171,8 @@ class Page {
   }
 
   void Fact(const std::string& label, const std::string& value) {
-    page_ += "<div><dt>" + HtmlText(label) + "</dt><dd>" + (value.empty() ? "–" : HtmlText(value)) + "</dd></div>\n";
+    page_ += "<div><dt>" + HtmlText(label) + "</dt><dd>" + (value.empty() ? "–" : HtmlText(value)) +
+             "</dd></div>\n";
   }
 
   void Identity() {
@@ -198,7 +204,8 @@ class Page {
       const Reading* reading = Find(name);
       const bool given = reading != nullptr && !reading->failure;
       page_ += "<div><i>" + std::string(label) + "</i><b>" + (given ? HtmlText(ValueText(*reading)) : "–") +
-               (given && reading->Valid() ? " <span>" + HtmlText(UnitOf(*reading)) + "</span>" : "") + "</b></div>\n";
+               (given && reading->Valid() ? " <span>" + HtmlText(UnitOf(*reading)) + "</span>" : "") +
+               "</b></div>\n";
     }
     page_ += "</div>\n";
   }
@@ -216,9 +223,10 @@ class Page {
         ++valid;
       }
     }
-    page_ += "<p class=\"summary\">" + std::to_string(result_.readings.size()) + " readings: " + std::to_string(valid) +
-             " valid, " + std::to_string(worded) + " with a status word of the instrument, " +
-             std::to_string(refused) + " not given, each with its reason in its row.</p>\n";
+    page_ += "<p class=\"summary\">" + std::to_string(result_.readings.size()) +
+             " readings: " + std::to_string(valid) + " valid, " + std::to_string(worded) +
+             " with a status word of the instrument, " + std::to_string(refused) +
+             " not given, each with its reason in its row.</p>\n";
   }
 
   void Screen() {
@@ -226,7 +234,8 @@ class Page {
     const Reading* reading = Find("ScreenShot");
     if (result_.screen.empty()) {
       page_ += "<p>No screen shot" +
-               (reading != nullptr && reading->failure ? ": " + HtmlText(reading->failure->Text()) : "") + "</p>\n";
+               (reading != nullptr && reading->failure ? ": " + HtmlText(reading->failure->Text()) : "") +
+               "</p>\n";
       return;
     }
     try {
@@ -235,17 +244,19 @@ class Page {
       const std::string_view bytes(reinterpret_cast<const char*>(png.data()), png.size());
       page_ += "<figure><img alt=\"Screen of the instrument\" width=\"" + std::to_string(image.width) +
                "\" height=\"" + std::to_string(image.height) + "\" src=\"data:image/png;base64," +
-               EncodeBase64(bytes) + "\"><figcaption>The instrument's own screen, " + std::to_string(image.width) +
-               " by " + std::to_string(image.height) + " pixels" +
-               (reading != nullptr ? ", in mode " + HtmlText(reading->mode) : "") + ".</figcaption></figure>\n";
+               EncodeBase64(bytes) + "\"><figcaption>The instrument's own screen, " +
+               std::to_string(image.width) + " by " + std::to_string(image.height) + " pixels" +
+               (reading != nullptr ? ", in mode " + HtmlText(reading->mode) : "") +
+               ".</figcaption></figure>\n";
     } catch (const std::runtime_error& error) {
       page_ += "<p>The screen shot cannot be shown: " + HtmlText(error.what()) + "</p>\n";
     }
   }
 
   void OpenTable() {
-    page_ += "<table><thead><tr><th>Reading</th><th class=\"number\">Value</th><th>Unit</th><th>Status</th>"
-             "<th>Mode</th><th>Remark</th></tr></thead><tbody>\n";
+    page_ +=
+        "<table><thead><tr><th>Reading</th><th class=\"number\">Value</th><th>Unit</th><th>Status</th>"
+        "<th>Mode</th><th>Remark</th></tr></thead><tbody>\n";
   }
 
   void Row(const Reading& reading) {
@@ -255,14 +266,14 @@ class Page {
     page_ += std::string("<tr") + (reading.failure ? " class=\"failed\"" : "") + "><td>" +
              HtmlText(reading.target.Label()) + "<small>" + HtmlText(reading.target.member->doc) +
              "</small></td><td class=\"number\">" + HtmlText(ValueText(reading)) + "</td><td>" +
-             HtmlText(reading.failure ? "" : UnitOf(reading)) + "</td><td>" + HtmlText(reading.status) + "</td><td>" +
-             HtmlText(reading.mode.empty() ? "" : reading.mode.substr(3)) + "</td><td class=\"note\">" +
-             HtmlText(note) + "</td></tr>\n";
+             HtmlText(reading.failure ? "" : UnitOf(reading)) + "</td><td>" + HtmlText(reading.status) +
+             "</td><td>" + HtmlText(reading.mode.empty() ? "" : reading.mode.substr(3)) +
+             "</td><td class=\"note\">" + HtmlText(note) + "</td></tr>\n";
   }
 
   static bool IsMeasurement(const Reading& reading) {
     const Member& member = *reading.target.member;
-    return !member.Writable() && reading.target.index == 0 && IsNumberOrFlag(member) ;
+    return !member.Writable() && reading.target.index == 0 && IsNumberOrFlag(member);
   }
   static bool IsNumberOrFlag(const Member& member) {
     const auto type = member.access.type.value;
@@ -295,8 +306,8 @@ class Page {
       if (note.empty() && (!y.Valid() || !x->Valid())) note = "none";
       page_ += std::string("<tr") + (y.failure ? " class=\"failed\"" : "") + "><td>" +
                std::to_string(y.target.index) + "</td><td class=\"number\">" + HtmlText(ValueText(y)) +
-               "</td><td class=\"number\">" + HtmlText(ValueText(*x)) + "</td><td class=\"note\">" + HtmlText(note) +
-               "</td></tr>\n";
+               "</td><td class=\"number\">" + HtmlText(ValueText(*x)) + "</td><td class=\"note\">" +
+               HtmlText(note) + "</td></tr>\n";
       const double* y_number = std::get_if<double>(&y.value);
       const double* x_number = std::get_if<double>(&x->value);
       if (note.empty() && y_number != nullptr && x_number != nullptr) {
@@ -308,9 +319,9 @@ class Page {
   }
 
   void Figure(std::size_t at, const StemPlot& plot, const std::string& caption) {
-    const std::string figure =
-        plot.stems.empty() ? "<p>Nothing to plot.</p>\n"
-                           : "<figure>" + PlotSvg(plot) + "<figcaption>" + HtmlText(caption) + "</figcaption></figure>\n";
+    const std::string figure = plot.stems.empty() ? "<p>Nothing to plot.</p>\n"
+                                                  : "<figure>" + PlotSvg(plot) + "<figcaption>" +
+                                                        HtmlText(caption) + "</figcaption></figure>\n";
     page_.insert(at, figure);
   }
 
@@ -322,8 +333,13 @@ class Page {
     std::vector<Stem> stems =
         Pairs("GhostPatternAtten", "GhostPatternDelay", "Echo", "Attenuation / dB", "Delay / " + unit);
     if (!stems.empty()) stems.push_back({0, 0, "main"});
-    Figure(at, {.title = "Echo pattern", .x_label = "Delay / " + unit, .y_label = "Attenuation / dB",
-                .stems = std::move(stems), .logarithmic_x = false, .downwards = true},
+    Figure(at,
+           {.title = "Echo pattern",
+            .x_label = "Delay / " + unit,
+            .y_label = "Attenuation / dB",
+            .stems = std::move(stems),
+            .logarithmic_x = false,
+            .downwards = true},
            "Attenuation below the main path over delay; the numbers are those of the table.");
   }
 
@@ -331,18 +347,24 @@ class Page {
     page_ += "<h2>Jitter</h2>\n<h3>Amplitude</h3>\n";
     std::size_t at = page_.size();
     const std::string value_unit = UnitOfFirst("AmplitudeJitterValue");
-    Figure(at, {.title = "Amplitude jitter", .x_label = "Frequency / Hz", .y_label = "Amplitude jitter / " + value_unit,
-                .stems = Pairs("AmplitudeJitterValue", "AmplitudeJitterFreq", "Line", "Value / " + value_unit,
-                               "Frequency / Hz"),
-                .logarithmic_x = true},
+    Figure(at,
+           {.title = "Amplitude jitter",
+            .x_label = "Frequency / Hz",
+            .y_label = "Amplitude jitter / " + value_unit,
+            .stems = Pairs("AmplitudeJitterValue", "AmplitudeJitterFreq", "Line", "Value / " + value_unit,
+                           "Frequency / Hz"),
+            .logarithmic_x = true},
            "The strongest lines of the amplitude jitter.");
     page_ += "<h3>Phase</h3>\n";
     at = page_.size();
     const std::string phase_unit = UnitOfFirst("PhaseJitterValue");
-    Figure(at, {.title = "Phase jitter", .x_label = "Frequency / Hz", .y_label = "Phase jitter / " + phase_unit,
-                .stems = Pairs("PhaseJitterValue", "PhaseJitterFreq", "Line", "Value / " + phase_unit,
-                               "Frequency / Hz"),
-                .logarithmic_x = true},
+    Figure(at,
+           {.title = "Phase jitter",
+            .x_label = "Frequency / Hz",
+            .y_label = "Phase jitter / " + phase_unit,
+            .stems = Pairs("PhaseJitterValue", "PhaseJitterFreq", "Line", "Value / " + phase_unit,
+                           "Frequency / Hz"),
+            .logarithmic_x = true},
            "The strongest lines of the phase jitter.");
   }
 
@@ -394,10 +416,12 @@ class Page {
   }
 
   void Foot() {
-    page_ += "<div class=\"sign\"><div>Measured by</div><div>Date</div><div>Signature</div></div>\n"
-             "<footer>Status words are the instrument's own, as received; “---” stands for no valid value. Made by "
-             "kel4x " +
-             std::string(kVersion) + " on " + HtmlText(TimeText(result_.ended)) + ".</footer>\n</body></html>\n";
+    page_ +=
+        "<div class=\"sign\"><div>Measured by</div><div>Date</div><div>Signature</div></div>\n"
+        "<footer>Status words are the instrument's own, as received; “---” stands for no valid value. Made "
+        "by "
+        "kel4x " +
+        std::string(kVersion) + " on " + HtmlText(TimeText(result_.ended)) + ".</footer>\n</body></html>\n";
   }
 
   const SurveyResult& result_;
@@ -408,9 +432,11 @@ class Page {
 // How many bytes of `text` are one character of UTF-8; 0 where they are none.
 std::size_t CharacterLength(std::string_view text) {
   const auto lead = static_cast<unsigned char>(text[0]);
-  const std::size_t length = lead < 0x80 ? 1 : lead >= 0xC2 && lead < 0xE0 ? 2 : lead >= 0xE0 && lead < 0xF0 ? 3
-                             : lead >= 0xF0 && lead < 0xF5                                                   ? 4
-                                                                                                             : 0;
+  const std::size_t length = lead < 0x80                   ? 1
+                             : lead >= 0xC2 && lead < 0xE0 ? 2
+                             : lead >= 0xE0 && lead < 0xF0 ? 3
+                             : lead >= 0xF0 && lead < 0xF5 ? 4
+                                                           : 0;
   if (length == 0 || text.size() < length) return 0;
   for (std::size_t i = 1; i < length; ++i) {
     if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U) return 0;
@@ -444,6 +470,8 @@ std::string HtmlText(std::string_view text) {
   return html;
 }
 
-std::string ReportPage(const SurveyResult& result, const ReportFacts& facts) { return Page(result, facts).Text(); }
+std::string ReportPage(const SurveyResult& result, const ReportFacts& facts) {
+  return Page(result, facts).Text();
+}
 
 }  // namespace kel4x

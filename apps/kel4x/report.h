@@ -28,8 +28,8 @@ struct ReportFacts {
 /// The whole page as UTF-8.
 std::string ReportPage(const SurveyResult& result, const ReportFacts& facts);
 
-/// A text with the characters that HTML reserves replaced; control characters and bytes that are no UTF-8 shown
-/// as such.
+/// A text with the characters that HTML reserves replaced; control characters and bytes that are no UTF-8
+/// shown as such.
 std::string HtmlText(std::string_view text);
 
 }  // namespace kel4x

@@ -82,8 +82,8 @@ Resource ParseTcp(std::string_view text, const std::vector<std::string_view>& pi
   if (host.empty()) Refuse(text, std::string("the host is missing, as in ") + kExample);
   if (host.find_first_of(" \t\r\n") != std::string_view::npos) Refuse(text, "a host name holds no blanks");
   if (pieces.size() > 2 && Upper(pieces.back()) == "INSTR") {
-    Refuse(text, std::string("this instrument has a raw socket, not VXI-11: write ") + "TCPIP::" +
-                     std::string(pieces[1]) + "::5025::SOCKET");
+    Refuse(text, std::string("this instrument has a raw socket, not VXI-11: write ") +
+                     "TCPIP::" + std::string(pieces[1]) + "::5025::SOCKET");
   }
   if (pieces.size() < 3 || Upper(pieces[2]) == "SOCKET") {
     Refuse(text, std::string("the port number is missing, as in ") + kExample);
@@ -142,8 +142,7 @@ Resource ParseGpib(std::string_view text, int board, const std::vector<std::stri
   }
   const auto address = WholeNumber(pieces[1], 0, 30);
   if (!address) {
-    Refuse(text,
-           "\"" + std::string(pieces[1]) + "\" is no primary address (0 to 30), as in " + kExample);
+    Refuse(text, "\"" + std::string(pieces[1]) + "\" is no primary address (0 to 30), as in " + kExample);
   }
   resource.gpib_address = *address;
   if (pieces.size() > 2 && Upper(pieces[2]) != "INSTR") {

@@ -12,13 +12,13 @@ struct Resource {
   enum class Port { kSimulated, kTcp, kSerial, kGpib };
 
   Port port = Port::kSimulated;
-  std::string text = "SIM";   ///< as it was given
-  std::string host;           ///< kTcp: name or address, without brackets
-  std::uint16_t tcp_port = 0; ///< kTcp
-  std::string device;         ///< kSerial by device: "/dev/ttyUSB0"; empty where a number was given
-  int comm_port = 0;          ///< kSerial by number: 1 to 16 for COM1 to COM16; 0 where a device was given
-  int gpib_board = 0;         ///< kGpib: 0 to 99
-  int gpib_address = 0;       ///< kGpib: primary address, 0 to 30
+  std::string text = "SIM";    ///< as it was given
+  std::string host;            ///< kTcp: name or address, without brackets
+  std::uint16_t tcp_port = 0;  ///< kTcp
+  std::string device;          ///< kSerial by device: "/dev/ttyUSB0"; empty where a number was given
+  int comm_port = 0;           ///< kSerial by number: 1 to 16 for COM1 to COM16; 0 where a device was given
+  int gpib_board = 0;          ///< kGpib: 0 to 99
+  int gpib_address = 0;        ///< kGpib: primary address, 0 to 30
 };
 
 /// Reads "SIM", "TCPIP::host::5025::SOCKET" (a board number after TCPIP, an IPv6 address in brackets),

@@ -10,8 +10,8 @@ namespace kel4x {
 namespace {
 
 bool NeedsResource(std::string_view verb) {
-  return verb != "members" && verb != "completion" && verb != "simulate" && verb != "list" && verb != "replay" &&
-         verb != "settings";
+  return verb != "members" && verb != "completion" && verb != "simulate" && verb != "list" &&
+         verb != "replay" && verb != "settings";
 }
 
 // Settings that say which instrument and how to reach it belong to the resource string.
@@ -40,7 +40,8 @@ void Complete(Run& run) {
     if (std::filesystem::is_regular_file(path, error)) run.file = ReadConfiguration(path);
   }
 
-  const Sourced resource = ChooseResource(arguments.resource, terminal::Environment("KEL4X_RESOURCE"), run.file);
+  const Sourced resource =
+      ChooseResource(arguments.resource, terminal::Environment("KEL4X_RESOURCE"), run.file);
   run.resource_origin = resource.origin;
   if (NeedsResource(arguments.verb)) {
     try {

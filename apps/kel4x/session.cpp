@@ -94,10 +94,10 @@ Session::Session(SessionOptions options) : options_(std::move(options)), host_(H
     host_.Runtime().SimulationActive(options_.simulate_host);
     const Resource& resource = options_.resource;
     if (resource.port == Resource::Port::kSerial && !options_.any_serial_port && host_.HasVirtualCom1()) {
-      throw NoLinkError(resource.text + ": the serial device " +
-                        (resource.device.empty() ? "behind COM" + std::to_string(resource.comm_port)
-                                                 : resource.device) +
-                        " cannot be opened: not there, in use, or no permission");
+      throw NoLinkError(
+          resource.text + ": the serial device " +
+          (resource.device.empty() ? "behind COM" + std::to_string(resource.comm_port) : resource.device) +
+          " cannot be opened: not there, in use, or no permission");
     }
     CapturePort(PortClass(resource.port));
     driver_ = std::make_unique<qkel4x::clsKEL4x>();

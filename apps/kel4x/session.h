@@ -19,7 +19,7 @@ namespace kel4x {
 /// What a session is made with.
 struct SessionOptions {
   Resource resource;
-  std::optional<double> timeout;                              ///< seconds; the driver's own where none is given
+  std::optional<double> timeout;  ///< seconds; the driver's own where none is given
   std::vector<std::pair<std::string, std::string>> settings;  ///< of the driver: path and value
   bool simulate_host = false;
   bool virtual_time = false;

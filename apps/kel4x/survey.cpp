@@ -27,8 +27,9 @@ bool IsScreenShot(const Member& member) {
 // The unit that an enumerator stands for.
 std::string_view UnitNamed(std::string_view enumerator) {
   static constexpr std::pair<std::string_view, std::string_view> kUnits[] = {
-      {"kelDBMV", "dBmV"}, {"kelDBPW", "dBpW"},   {"kelDBUW", "dBuW"},     {"kelDBM", "dBm"},    {"kelDBUV", "dBuV"},
-      {"kelMV", "mV"},     {"kelMicroSec", "us"}, {"kelKilometres", "km"}, {"kelMiles", "miles"}};
+      {"kelDBMV", "dBmV"},   {"kelDBPW", "dBpW"},     {"kelDBUW", "dBuW"},
+      {"kelDBM", "dBm"},     {"kelDBUV", "dBuV"},     {"kelMV", "mV"},
+      {"kelMicroSec", "us"}, {"kelKilometres", "km"}, {"kelMiles", "miles"}};
   for (const auto& [name, unit] : kUnits) {
     if (enumerator == name) return unit;
   }
@@ -107,7 +108,8 @@ class Walk {
   void SetUp() {
     qkel4x::clsKEL4x& driver = session_.Driver();
     Apply("Mode = kelATSC", [&] { driver.Mode(qkel4x::kelATSC); });
-    if (tuning_.symbol_rate) Apply("StatusSymbolRate", [&] { driver.StatusSymbolRate(*tuning_.symbol_rate); });
+    if (tuning_.symbol_rate)
+      Apply("StatusSymbolRate", [&] { driver.StatusSymbolRate(*tuning_.symbol_rate); });
     if (tuning_.center) Apply("RfCenterFrequency", [&] { driver.RfCenterFrequency(*tuning_.center); });
     if (tuning_.pilot) Apply("RfPilotFrequency", [&] { driver.RfPilotFrequency(*tuning_.pilot); });
   }
@@ -155,7 +157,8 @@ class Walk {
       if (FailedTogether(row)) continue;
       Progress(row.reading.target.Label());
       session_.Link().Heading("survey: " + row.reading.target.Label());
-      row.reading = IsScreenShot(member) ? ReadScreen(row.reading.target) : Read(session_, row.reading.target);
+      row.reading =
+          IsScreenShot(member) ? ReadScreen(row.reading.target) : Read(session_, row.reading.target);
       row.reading.mode = ModeName(mode);
       Judge(row.reading.target.Label(), row.reading.failure);
       if (result_.interrupted && row.reading.failure) return;
@@ -166,8 +169,8 @@ class Walk {
     }
   }
 
-  // All values of an indexed member come from one measurement. Where that failed at the first of them it is not
-  // tried again for each of the others.
+  // All values of an indexed member come from one measurement. Where that failed at the first of them it is
+  // not tried again for each of the others.
   bool FailedTogether(Row& row) {
     if (row.reading.target.index <= 1) return false;
     const Reading& before = (&row - 1)->reading;
@@ -211,12 +214,12 @@ class Walk {
     for (Row& row : rows_) {
       if (!row.done) {
         if (Ended()) {
-          row.reading.failure =
-              Failure{.number = host::kObjectErrorBase + host::kLinkNotOpen,
-                      .source = "kel4x",
-                      .description = result_.interrupted ? "not read: interrupted" : "not read: " + result_.lost,
-                      .link = {},
-                      .link_lost = !result_.interrupted};
+          row.reading.failure = Failure{
+              .number = host::kObjectErrorBase + host::kLinkNotOpen,
+              .source = "kel4x",
+              .description = result_.interrupted ? "not read: interrupted" : "not read: " + result_.lost,
+              .link = {},
+              .link_lost = !result_.interrupted};
         }
         Done(row);
       }
@@ -257,7 +260,8 @@ bool IsSurveyed(const Member& member) {
   return member.name != "ResponseString" && member.name != "Prefix" && member.name != "Postfix";
 }
 
-std::vector<KelMeasureModes> PlanModes(std::span<const Member> members, std::optional<KelMeasureModes> current) {
+std::vector<KelMeasureModes> PlanModes(std::span<const Member> members,
+                                       std::optional<KelMeasureModes> current) {
   std::vector<std::uint32_t> open;
   for (const Member& member : members) {
     if (!member.modes.Empty() && !member.hidden) open.push_back(member.modes.bits);
@@ -270,8 +274,9 @@ std::vector<KelMeasureModes> PlanModes(std::span<const Member> members, std::opt
     for (int mode = 0; mode < 32; ++mode) {
       const std::uint32_t bit = 1U << static_cast<unsigned>(mode);
       const bool only = std::find(open.begin(), open.end(), bit) != open.end();
-      const auto count = std::count_if(open.begin(), open.end(), [&](std::uint32_t set) { return (set & bit) != 0; }) +
-                         (only ? static_cast<std::ptrdiff_t>(open.size()) : 0);
+      const auto count =
+          std::count_if(open.begin(), open.end(), [&](std::uint32_t set) { return (set & bit) != 0; }) +
+          (only ? static_cast<std::ptrdiff_t>(open.size()) : 0);
       if (count > best_count) {
         best = mode;
         best_count = count;

@@ -29,11 +29,12 @@ struct SurveyResult {
   std::chrono::system_clock::time_point started;
   std::chrono::system_clock::time_point ended;
   std::vector<std::string> modes;  ///< measurement modes in the order of the walk
-  std::vector<Reading> readings;   ///< in the order of the member table, one for each index of an indexed member
+  std::vector<Reading>
+      readings;  ///< in the order of the member table, one for each index of an indexed member
   std::vector<std::pair<std::string, Failure>> setup_failures;  ///< settings that failed, by name
-  std::vector<std::uint8_t> screen;                             ///< the screen shot as PCX; empty where there is none
-  std::string lost;          ///< how the link was lost; empty where it was not
-  bool interrupted = false;  ///< whether Ctrl-C ended it early
+  std::vector<std::uint8_t> screen;  ///< the screen shot as PCX; empty where there is none
+  std::string lost;                  ///< how the link was lost; empty where it was not
+  bool interrupted = false;          ///< whether Ctrl-C ended it early
 };
 
 /// Who follows a survey while it runs. Both may be empty.
@@ -51,8 +52,8 @@ std::vector<qkel4x::KelMeasureModes> PlanModes(std::span<const automation::Membe
                                                std::optional<qkel4x::KelMeasureModes> current);
 
 /// Runs a survey on a session that is on line: sets the operating mode, tunes, walks the measurement modes. A
-/// reading that fails is a row with its error. A lost link and an interruption end it early; what was not read
-/// then is there too, with the reason.
+/// reading that fails is a row with its error. A lost link and an interruption end it early; what was not
+/// read then is there too, with the reason.
 SurveyResult RunSurvey(Session& session, const Tuning& tuning, const SurveyWatcher& watcher);
 
 /// "kelNORM"

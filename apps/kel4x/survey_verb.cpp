@@ -26,7 +26,8 @@ class ProgressBar {
     std::string line;
     for (std::size_t i = 0; i < kLength; ++i) line += i < filled ? "━" : "╌";
     line += " " + std::to_string(done) + "/" + std::to_string(total) + "  " + doing;
-    std::fprintf(stderr, "\r\033[K%s", Shortened(line, static_cast<std::size_t>(terminal::Width()) - 1).c_str());
+    std::fprintf(stderr, "\r\033[K%s",
+                 Shortened(line, static_cast<std::size_t>(terminal::Width()) - 1).c_str());
     std::fflush(stderr);
   }
   void Clear() const {
@@ -52,15 +53,15 @@ std::string Table(const SurveyResult& result) {
                    {"NOTE", TextTable::Lean::kLeft}});
   constexpr std::size_t kWidestValue = 36;
   for (const Reading& reading : result.readings) {
-    if (const auto* statistics = std::get_if<automation::Statistics>(&reading.value); statistics && *statistics) {
+    if (const auto* statistics = std::get_if<automation::Statistics>(&reading.value);
+        statistics && *statistics) {
       for (const auto& [name, text] : StatisticsRows(**statistics)) {
         table.Add({reading.target.Label() + "." + name, text, "", "", reading.mode, ""});
       }
       continue;
     }
     table.Add({reading.target.Label(), Shortened(ValueText(reading), kWidestValue),
-               reading.failure ? std::string() : reading.unit, reading.status,
-               reading.mode, Note(reading)});
+               reading.failure ? std::string() : reading.unit, reading.status, reading.mode, Note(reading)});
   }
   const bool on_terminal = terminal::IsInteractive(terminal::Stream::kOutput);
   return table.Text(on_terminal ? static_cast<std::size_t>(terminal::Width()) : 0,
@@ -96,7 +97,8 @@ bool WriteText(const std::string& path, const std::string& text) {
 }
 
 void CheckWritable(const std::string& path) {
-  // Told before the measurement, not after it. What is there stays there until there is something to replace it.
+  // Told before the measurement, not after it. What is there stays there until there is something to replace
+  // it.
   struct Close {
     void operator()(FILE* file) const { std::fclose(file); }
   };
@@ -131,8 +133,8 @@ ExitCode Survey(Run& run) {
     const auto session = Prepare(run);
     if (!arguments.report.empty()) {
       session->Host().Log().AddSink([&](const workbench::LogMessage& message, std::string_view) {
-        messages.push_back({message.time, message.kind,
-                            std::string(message.text.empty() ? message.detail : message.text)});
+        messages.push_back(
+            {message.time, message.kind, std::string(message.text.empty() ? message.detail : message.text)});
       });
     }
     facts.settings = session->Settings();
@@ -148,7 +150,8 @@ ExitCode Survey(Run& run) {
     code = Worse(code, kRefused);
   }
   for (const Reading& reading : result.readings) {
-    if (reading.failure && result.lost.empty() && !result.interrupted && !IsRefusedByState(*reading.failure)) {
+    if (reading.failure && result.lost.empty() && !result.interrupted &&
+        !IsRefusedByState(*reading.failure)) {
       code = Worse(code, kRefused);
     }
   }

@@ -1,5 +1,5 @@
-// What kel4x needs of the platform: terminals, interruption, standard folders, processes. Nothing else in this
-// folder calls the platform.
+// What kel4x needs of the platform: terminals, interruption, standard folders, processes. Nothing else in
+// this folder calls the platform.
 #pragma once
 
 #include <cstdint>

@@ -154,7 +154,8 @@ TraceWriter::TraceWriter(const std::filesystem::path& path, const TraceHeader& h
   first["started"] = started;
   first["settings"] = ordered_json::object();
   for (const auto& [name, value] : header.settings) first["settings"][name] = value;
-  first["secrets"] = "none: this file holds the command line, the settings and the traffic with the instrument";
+  first["secrets"] =
+      "none: this file holds the command line, the settings and the traffic with the instrument";
   line_ = first.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
   Put();
   Flush();
@@ -187,7 +188,8 @@ void TraceWriter::Write(const workbench::TransferRecord& record) noexcept {
       AppendBytes(line_, record.received, record.kind == Kind::kBlock);
     }
     char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, record.seconds, std::chars_format::fixed, 6);
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, record.seconds, std::chars_format::fixed, 6);
     line_ += ",\"duration\":";
     line_.append(digits, end.ptr);
     if (failed) {

@@ -1,10 +1,11 @@
 // Recordings of the traffic with an instrument, one JSON object a line: writing and reading.
 //
 // The first line is a header: {"trace":"kel4x","format":1,"version":...,"command":[...],"resource":...,
-// "started":...,"settings":{...},"secrets":"none: ..."}. Every further line is one thing that happened at a port:
-// {"time":...,"direction":"opened"|"closed"|"sent"|"received"|"cleared","port":...} with "text", or "bytes" in
-// base64 where the bytes are not plain text or belong to a block, "duration" in seconds, and "error" and "number"
-// where it failed.
+// "started":...,"settings":{...},"secrets":"none: ..."}. Every further line is one thing that happened at a
+// port:
+// {"time":...,"direction":"opened"|"closed"|"sent"|"received"|"cleared","port":...} with "text", or "bytes"
+// in base64 where the bytes are not plain text or belong to a block, "duration" in seconds, and "error" and
+// "number" where it failed.
 #pragma once
 
 #include <cstdint>

@@ -16,7 +16,7 @@ constexpr std::size_t kLongestShown = 400;
 std::string_view StatusWordOf(std::string_view reply) {
   // In the order in which the driver tests them; a short form of underrange has the name of the long one.
   static constexpr std::pair<std::string_view, std::string_view> kWords[] = {
-      {"<", "<"},         {">", ">"},     {"*", "*"},       {"---", "---"},
+      {"<", "<"},         {">", ">"},       {"*", "*"},       {"---", "---"},
       {"UNDER", "UNDER"}, {"UND", "UNDER"}, {"OVER", "OVER"}, {"NORF", "NORF"}};
   if (reply.starts_with('"')) reply.remove_prefix(1);
   for (const auto& [start, word] : kWords) {
@@ -65,17 +65,20 @@ void Traffic::Print(const workbench::TransferRecord& record) const {
   const char* red = colour_ ? "\033[31m" : "";
   const char* plain = colour_ ? "\033[0m" : "";
   if (record.kind == Kind::kOpened || record.kind == Kind::kClosed || record.kind == Kind::kCleared) {
-    const char* what = record.kind == Kind::kOpened ? "opened" : record.kind == Kind::kClosed ? "closed" : "cleared";
+    const char* what = record.kind == Kind::kOpened   ? "opened"
+                       : record.kind == Kind::kClosed ? "closed"
+                                                      : "cleared";
     if (record.error_number == 0) {
       std::fprintf(stderr, "%s-- %s %s%s\n", dim, what, std::string(record.peer).c_str(), plain);
     }
   } else {
     if (!record.sent.empty()) std::fprintf(stderr, "> %s\n", Visible(record.sent).c_str());
     if (record.kind == Kind::kBlock) {
-      std::fprintf(stderr, "< %zu bytes %s(%.3f ms)%s\n", record.received.size(), dim, record.seconds * 1e3, plain);
+      std::fprintf(stderr, "< %zu bytes %s(%.3f ms)%s\n", record.received.size(), dim, record.seconds * 1e3,
+                   plain);
     } else if (record.kind == Kind::kExchange && record.error_number == 0) {
-      std::fprintf(stderr, "< %s %s(%.3f ms)%s\n", Visible(record.received.substr(0, kLongestShown)).c_str(), dim,
-                   record.seconds * 1e3, plain);
+      std::fprintf(stderr, "< %s %s(%.3f ms)%s\n", Visible(record.received.substr(0, kLongestShown)).c_str(),
+                   dim, record.seconds * 1e3, plain);
     }
   }
   if (record.error_number != 0) {
@@ -97,8 +100,8 @@ void Traffic::Observe(const workbench::TransferRecord& record) noexcept {
     }
     if (record.kind != Kind::kExchange || record.sent.empty()) return;
     const auto end = answered_.begin() + static_cast<std::ptrdiff_t>(answered_count_);
-    const auto known =
-        std::find_if(answered_.begin(), end, [&](const Answered& entry) { return entry.query == record.sent; });
+    const auto known = std::find_if(answered_.begin(), end,
+                                    [&](const Answered& entry) { return entry.query == record.sent; });
     if (known != end) {
       known->reply = record.received;
       return;

@@ -56,13 +56,13 @@ class LiveTable {
       }
       const Extent extent = ExtentOf(row.history);
       table.Add({row.target.Label(), ValueText(row.last), row.last.unit, row.last.status,
-                 extent.Empty() ? "" : ShortNumber(extent.least), extent.Empty() ? "" : ShortNumber(extent.greatest),
-                 Sparkline(row.history)});
+                 extent.Empty() ? "" : ShortNumber(extent.least),
+                 extent.Empty() ? "" : ShortNumber(extent.greatest), Sparkline(row.history)});
     }
     std::string text;
     if (lines_ > 0) text = "\033[" + std::to_string(lines_) + "A";
-    const std::string body = table.Text(static_cast<std::size_t>(terminal::Width()), colour) +
-                             Now() + "  Ctrl-C ends\n";
+    const std::string body =
+        table.Text(static_cast<std::size_t>(terminal::Width()), colour) + Now() + "  Ctrl-C ends\n";
     lines_ = 0;
     for (const char c : body) {
       if (c == '\n') {
@@ -85,7 +85,8 @@ ExitCode Watch(const Arguments& arguments, Session& session) {
   for (const std::string& name : arguments.words) {
     for (const Target& target : FindTargets(name)) rows.push_back({target, {}, {}});
   }
-  const bool live = terminal::IsInteractive(terminal::Stream::kOutput) && !arguments.json && !arguments.csv_lines;
+  const bool live =
+      terminal::IsInteractive(terminal::Stream::kOutput) && !arguments.json && !arguments.csv_lines;
   const bool colour = terminal::WantsColour(terminal::Stream::kOutput);
   LiveTable table;
   if (arguments.csv_lines && !arguments.json) PrintLine("time," + CsvHeading());
