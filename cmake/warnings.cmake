@@ -12,3 +12,8 @@ if(QKEL4X_SANITIZE)
     add_compile_options(-Wno-tsan)  # Asio's fences, which this sanitizer does not follow
   endif()
 endif()
+if(QKEL4X_FUZZ)
+  set(fuzz_sanitizers -fsanitize=fuzzer-no-link,address,undefined)
+  add_compile_options(${fuzz_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=address,undefined)
+endif()
