@@ -1,6 +1,5 @@
 #include "com/module.h"
 
-
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -9,7 +8,6 @@
 #include "com/errors.h"
 #include "com/object.h"
 #include "com/registration.h"
-
 
 namespace com {
 namespace {

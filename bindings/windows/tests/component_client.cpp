@@ -1,9 +1,8 @@
-// Clients of the component as other languages are: early-bound through the generated header, from another apartment,
-// and a reader of the type library. usage: component_client early|apartment|library FILE|without-registry
-#include <ole2.h>
-
+// Clients of the component as other languages are: early-bound through the generated header, from another
+// apartment, and a reader of the type library. usage: component_client early|apartment|library
+// FILE|without-registry
 #include <initguid.h>
-
+#include <ole2.h>
 #include <wrl/client.h>
 
 #include <cmath>
@@ -101,8 +100,8 @@ std::vector<std::string> ErrorTexts() {
   return {Plain(source), Plain(description), Plain(help_file)};
 }
 
-/// On the front panel, through the virtual table. Error information crosses no apartment in every Wine, so that
-/// only the codes are compared there.
+/// On the front panel, through the virtual table. Error information crosses no apartment in every Wine, so
+/// that only the codes are compared there.
 void UseDriver(bool same_apartment) {
   ComPtr<_clsKEL4x> kel;
   Succeeds(CoCreateInstance(CLSID_clsKEL4x, nullptr, CLSCTX_INPROC_SERVER, __uuidof(_clsKEL4x), &kel),
@@ -133,6 +132,8 @@ void UseDriver(bool same_apartment) {
   double number = 0.0;
   Succeeds(kel->get_RfCenterFrequency(&number), "get_RfCenterFrequency");
   Check(number == 615e6, "the frequency reads back");
+  Succeeds(kel->get_MeasureVsbMerRmsDb(&number), "get_MeasureVsbMerRmsDb");  // repeats until there is a value
+  Check(number > 20.0 && number < 45.0, "the modulation error ratio");
   Succeeds(kel->MeasureTdGhostPattern(), "MeasureTdGhostPattern");
   short index = 1;
   Succeeds(kel->get_GhostPatternAtten(&index, &number), "get_GhostPatternAtten");
@@ -302,8 +303,8 @@ std::map<std::string, LibraryMethod> Methods(ITypeInfo& type) {
       for (UINT n = 0; n < named; ++n) {
         const std::string parameter = Plain(names[n]);
         if (n == 0 || put || static_cast<SHORT>(n) > function->cParams) continue;
-        method.parameters.push_back(
-            Described(type, function->lprgelemdescParam[n - 1].tdesc) + " " + parameter);
+        method.parameters.push_back(Described(type, function->lprgelemdescParam[n - 1].tdesc) + " " +
+                                    parameter);
       }
       if (put) method.type = Described(type, function->lprgelemdescParam[0].tdesc);
       const char* kind = put ? "write " : function->invkind == INVOKE_PROPERTYGET ? "read " : "call ";
@@ -326,12 +327,14 @@ void CompareMethod(const std::string& where, const automation::Member& member,
         claim + ": type " + Published(member.access.type, member.name) + ", not " + method.type);
   Check(method.hidden == member.hidden, claim + ": hidden or not");
   Check(method.help.find(member.doc) == 0, claim + ": help \"" + std::string(member.doc) + "\"");
-  Check(member.unit.empty() || method.help.find(member.unit) != std::string::npos, claim + ": unit in the help");
+  Check(member.unit.empty() || method.help.find(member.unit) != std::string::npos,
+        claim + ": unit in the help");
   if (key.starts_with("write ")) return;
   std::vector<std::string> parameters;
   for (std::size_t i = 0; i < member.Parameters().size(); ++i) {
     const automation::Type& type = member.Parameters()[i];
-    parameters.push_back(Published(type, "") + (type.by_reference ? "* " : " ") + std::string(member.arguments[i]));
+    parameters.push_back(Published(type, "") + (type.by_reference ? "* " : " ") +
+                         std::string(member.arguments[i]));
   }
   Check(method.parameters == parameters, claim + ": parameters");
 }
@@ -343,7 +346,8 @@ void CompareLibrary(const wchar_t* file) {
   BSTR help_file = nullptr;
   library->GetDocumentation(-1, nullptr, nullptr, nullptr, &help_file);
   const std::string help = Plain(help_file);
-  Check(help.size() >= 10 && help.substr(help.size() - 10) == "QKEL4X.HLP", "the help file is QKEL4X.HLP, not " + help);
+  Check(help.size() >= 10 && help.substr(help.size() - 10) == "QKEL4X.HLP",
+        "the help file is QKEL4X.HLP, not " + help);
 
   std::set<std::string> names;
   std::map<std::string, ComPtr<ITypeInfo>> types;
@@ -387,7 +391,8 @@ void CompareLibrary(const wchar_t* file) {
       if (types.contains(std::string(published->name))) {
         Name(*types[std::string(published->name)].Get(), MEMBERID_NIL, &class_help);
       }
-      Check(class_help == published->doc, std::string(published->name) + ": description, it is " + class_help);
+      Check(class_help == published->doc,
+            std::string(published->name) + ": description, it is " + class_help);
     }
     if (!types.contains(name)) continue;
     ITypeInfo& type = *types[name].Get();
@@ -411,8 +416,8 @@ void CompareLibrary(const wchar_t* file) {
         CompareMethod(name, member, methods, "write " + std::string(member.name));
       }
     }
-    Check(methods.size() == wanted, name + ": " + std::to_string(wanted) + " methods, not " +
-                                        std::to_string(methods.size()));
+    Check(methods.size() == wanted,
+          name + ": " + std::to_string(wanted) + " methods, not " + std::to_string(methods.size()));
     std::printf("%s: %zu methods\n", name.c_str(), methods.size());
   }
   Check(names == expected, "the library holds what the member table holds, no more and no less");
@@ -445,7 +450,8 @@ void UseWithoutRegistry(const char* file) {
     DISPID id = 0;
     wchar_t name[] = L"merdb";
     LPOLESTR names = name;
-    Succeeds(by_name->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id), "a name in small letters");
+    Succeeds(by_name->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id),
+             "a name in small letters");
     void* none = nullptr;
     Check(get(IID_NULL, IID_IClassFactory, &none) == CLASS_E_CLASSNOTAVAILABLE, "an unknown class");
     by_name = nullptr;
