@@ -203,8 +203,8 @@ class SerialLink final : public Link {
         if (NotReady(received, POLLIN).outcome == Attempt::Outcome::kLost) return Cleared::kFailed;
       }
       if (deadline.Expired() || deadline.Interrupted()) {
-        fault_ = "the line did not fall silent";
-        return Cleared::kFailed;
+        fault_ = "the line has not fallen silent since the transfer before";
+        return Cleared::kBusy;
       }
     }
   }
