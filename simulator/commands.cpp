@@ -2,7 +2,6 @@
 // table.
 #include "simulator/commands.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <type_traits>

@@ -203,6 +203,7 @@ void Parameter::WholeNumbers(std::int32_t least, std::int32_t greatest) {
 }
 
 std::string Parameter::ChosenValue(std::string_view text) const {
+  if (option_list_.empty()) return std::string(text);
   const auto options = SplitOptions(option_list_);
   const auto chosen = FindOption(options, text);
   if (!chosen) {

@@ -11,7 +11,6 @@ constexpr std::chrono::milliseconds kSignalPeriod{10};
 constexpr std::int32_t kPythonFailure = 440;
 
 thread_local Call* current_call = nullptr;
-unsigned long main_thread = 0;         // Python's identifier of the thread that gets its signals
 PyObject* automation_error = nullptr;  // the class; never released
 
 py::object NewAutomationError(const host::AutomationError& error) {
@@ -73,7 +72,6 @@ bool Call::Interrupted() noexcept {
 }
 
 bool Call::PollSignals() noexcept {
-  if (PyThread_get_thread_ident() != main_thread) return false;
   const auto now = std::chrono::steady_clock::now();
   if (now - polled_ < kSignalPeriod) return false;
   polled_ = now;
@@ -126,9 +124,6 @@ void ThrowIntoPython(const std::exception_ptr& failure) {
   }
 }
 
-void PrepareCalls(py::object error_class) {
-  automation_error = error_class.release().ptr();
-  main_thread = py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
-}
+void PrepareCalls(py::object error_class) { automation_error = error_class.release().ptr(); }
 
 }  // namespace binding

@@ -147,7 +147,7 @@ auto Quickly(const Work& work) {
   }
 }
 
-/// Finds Python's main thread and AutomationError. Called once, at import.
+/// Takes the class AutomationError. Called once, at import.
 void PrepareCalls(py::object automation_error);
 
 }  // namespace binding

@@ -274,6 +274,11 @@ std::string DocText(const BoundMember& bound) {
     line("Measurement modes", ModesText(member));
     errors = "2016 in any other measurement mode. " + errors;
   }
+  const bool is_number =
+      member.access.type.enumeration == nullptr && member.access.type.value != ValueType::kDateTime;
+  if (member.Writable() && is_number && !member.range.empty() && errors.find("380") == std::string::npos) {
+    errors = "380 outside the range. " + errors;
+  }
   line("Errors", errors.empty()
                      ? std::string_view("AutomationError where the driver or the instrument's link fails.")
                      : std::string_view(errors));
@@ -383,6 +388,14 @@ void AddMembers(py::handle type, const Class& published) {
   }
 }
 
+void InheritSlot(PyTypeObject* type, const char* name, void* function) {
+  const auto of_object =
+      py::reinterpret_borrow<py::object>(PyDict_GetItemString(PyBaseObject_Type.tp_dict, name));
+  auto* const wrapper = reinterpret_cast<PyWrapperDescrObject*>(of_object.ptr());
+  const auto own = py::reinterpret_steal<py::object>(PyDescr_NewWrapper(type, wrapper->d_base, function));
+  if (!own || PyDict_SetItemString(type->tp_dict, name, own.ptr()) != 0) throw py::error_already_set();
+}
+
 template <class Bound, class... Holder>
 py::class_<Bound, Holder...> Publish(py::module_& module, const Class& published) {
   py::class_<Bound, Holder...> type(module, std::string(published.name).c_str(),
@@ -399,6 +412,10 @@ py::class_<Bound, Holder...> Publish(py::module_& module, const Class& published
   auto* const slots = reinterpret_cast<PyTypeObject*>(type.ptr());
   slots->tp_getattro = &GetAttribute;
   slots->tp_setattro = &SetAttribute;
+  // Subclasses written in Python find the slots through these names.
+  InheritSlot(slots, "__getattribute__", reinterpret_cast<void*>(&GetAttribute));
+  InheritSlot(slots, "__setattr__", reinterpret_cast<void*>(&SetAttribute));
+  InheritSlot(slots, "__delattr__", reinterpret_cast<void*>(&SetAttribute));
   PyType_Modified(slots);
   return type;
 }
@@ -466,6 +483,22 @@ void BindMembers(py::module_& module) {
           },
           "How a host asks the driver what instrument it is talking to.");
   module.attr("ParameterNode").attr("__module__") = "qkel4x";
+  py::list names_of_all;
+  for (const char* const name : {"GetDisplayValue", "ParameterNode"}) names_of_all.append(name);
+  for (const Class* const of : automation::AllClasses()) {
+    if (py::hasattr(module, std::string(of->name).c_str())) names_of_all.append(TextToPython(of->name));
+  }
+  for (const automation::Enumeration* const of : automation::kEnumerations) {
+    names_of_all.append(TextToPython(of->name));
+  }
+  module.attr("__all__") = names_of_all;
+  module.def("enumerations", [] {
+    py::list published_ones;
+    for (const automation::Enumeration* const of : automation::kEnumerations) {
+      published_ones.append(EnumerationClass(*of));
+    }
+    return published_ones;
+  });
   module.def("member_table", [] {
     py::list classes;
     for (const Class* const published : automation::AllClasses()) classes.append(Described(*published));
