@@ -124,6 +124,30 @@ static void use_driver(const char* component) {
   EXPECT(call_entry(component, "DllCanUnloadNow") == 0);
 }
 
+/* The reference host's own port: an instrument simulated in this process. */
+static void use_front_panel(const char* component) {
+  automation_object* driver;
+  automation_object* setup;
+  automation_value settings, remote, value;
+  EXPECT(automation_create("QKEL4x.clsKEL4x", &driver, &last) == 0);
+  setup = driver->calls->query(driver, "IDriverSetup");
+  settings = invoke(setup, AUTOMATION_GET, "Settings", 0);
+  remote = invoke(settings.as.object, AUTOMATION_GET, "Item", 1, automation_text("Remote Control"));
+  invoke(remote.as.object, AUTOMATION_PUT, "Value", 3, number(-1), number(-1),
+         automation_text("QPort.clsGUI"));
+  invoke(setup, AUTOMATION_PUT, "OnLine", 1, number(1));
+  value = invoke(driver, AUTOMATION_GET, "Mode", 0);
+  EXPECT(value.type == AUTOMATION_INT32 && value.as.int32 == 14);
+  invoke(driver, AUTOMATION_PUT, "MeasureMode", 1, number(0));
+  value = invoke(driver, AUTOMATION_GET, "MeasureVsbMerRmsDb", 0);
+  EXPECT(value.type == AUTOMATION_DOUBLE && value.as.number > 10.0 && value.as.number < 60.0);
+  automation_clear(&remote);
+  automation_clear(&settings);
+  setup->calls->release(setup);
+  driver->calls->release(driver);
+  EXPECT(call_entry(component, "DllCanUnloadNow") == 0);
+}
+
 static void use_small_classes(const char* component) {
   automation_object* statistics;
   automation_object* names;
@@ -169,6 +193,7 @@ int main(int argc, char** argv) {
   EXPECT(call_entry(argv[1], "DllCanUnloadNow") == 0);
   use_small_classes(argv[1]);
   use_driver(argv[1]);
+  use_front_panel(argv[1]);
   EXPECT(call_entry(argv[3], "DllCanUnloadNow") == 0);
 
   /* The port's class file is the third library's by now: unregistering the host leaves it alone. */
