@@ -36,6 +36,8 @@
 #include <string.h>
 #include <sys/stat.h>
 
+/* NOLINTBEGIN(modernize-use-nullptr): C has none. */
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -183,7 +185,7 @@ static inline int automation_class_library(const char* class_name, char* library
   while (!found && fgets(line, (int)sizeof line, file)) {
     line[strcspn(line, "\n")] = 0;
     if (strncmp(line, "library=", 8) == 0 && strlen(line + 8) < size) {
-      strcpy(library, line + 8);
+      memcpy(library, line + 8, strlen(line + 8) + 1);
       found = 1;
     }
   }
@@ -267,5 +269,7 @@ static inline int32_t automation_create(const char* class_name, automation_objec
 #ifdef __cplusplus
 }
 #endif
+
+/* NOLINTEND(modernize-use-nullptr) */
 
 #endif

@@ -35,8 +35,11 @@ class Exported : public automation_object {
     if (--references_ == 0) delete this;
   }
 
+  /// The object behind a call that came through this library's own calls.
+  static Exported& Self(automation_object* object) { return static_cast<Exported&>(*object); }
+  /// The object where it is this library's; null for another's.
   static Exported* Of(automation_object* object) {
-    return object->calls == &kCalls ? static_cast<Exported*>(object) : nullptr;
+    return object->calls == &kCalls ? &Self(object) : nullptr;
   }
 
  private:
@@ -50,7 +53,7 @@ std::int32_t Invoke(automation_object* object, std::int32_t access, const char* 
   *result = {};
   *error = {};
   try {
-    if (Reference made = Exported::Of(object)->Create(member)) {
+    if (Reference made = Exported::Self(object).Create(member)) {
       result->type = AUTOMATION_OBJECT;
       result->as.object = made.Release();
       return 0;
@@ -58,7 +61,7 @@ std::int32_t Invoke(automation_object* object, std::int32_t access, const char* 
     std::vector<Value> values;
     values.reserve(count);
     for (std::size_t i = 0; i < count; ++i) values.push_back(FromC(arguments[i]));
-    const Value returned = Exported::Of(object)->Run(access, member, values);
+    const Value returned = Exported::Self(object).Run(access, member, values);
     for (std::size_t i = 0; i < count; ++i) {
       // Only texts and bytes are ever replaced by a call.
       if (const automation::ValueType type = automation::TypeOf(values[i]);
@@ -77,10 +80,10 @@ std::int32_t Invoke(automation_object* object, std::int32_t access, const char* 
 }
 
 const automation_calls Exported::kCalls{
-    [](automation_object* object) { Of(object)->Retain(); },
-    [](automation_object* object) { Of(object)->Release(); },
+    [](automation_object* object) { Self(object).Retain(); },
+    [](automation_object* object) { Self(object).Release(); },
     [](automation_object* object, const char* interface_name) -> automation_object* {
-      return Of(object)->Query(interface_name);
+      return Self(object).Query(interface_name);
     },
     &Invoke,
 };

@@ -1,7 +1,6 @@
 // What the channel and the oscillators do to the signal: echoes, frequency response, jitter lines.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "simulator/configuration.h"

@@ -2,6 +2,7 @@
 // table.
 #include "simulator/commands.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <type_traits>

@@ -64,7 +64,7 @@ Model::Model(Configuration configuration, std::function<double()> now_seconds)
   firmware_version_ = LeadingNumber(configuration_.firmware, rest).value_or(0.0);
   calendar_offset_ =
       (configuration_.clock_start ? static_cast<double>(*configuration_.clock_start) : MachineTime()) - now_;
-  acquired_ = measure_ready_ = restart_ready_ = ber_start_ = now_;
+  loaded_ = acquired_ = measure_ready_ = restart_ready_ = ber_start_ = now_;
   Preset();
 }
 
@@ -92,9 +92,11 @@ void Model::Advance() {
   const double now = std::max(now_, now_seconds_());
   if (now > now_ && settings_.operating_mode == kAtsc) {
     const Reception& reception = Received();
-    const double locked_from = std::clamp(acquired_, now_, now);
+    // While the demodulator is loaded nothing is monitored.
+    const double from = std::clamp(loaded_, now_, now);
+    const double locked_from = std::clamp(acquired_, from, now);
     const double symbol_rate = settings_.symbol_rate;
-    alarms_.Count(locked_from - now_, false, reception, configuration_.alarm_limits, symbol_rate);
+    alarms_.Count(locked_from - from, false, reception, configuration_.alarm_limits, symbol_rate);
     alarms_.Count(now - locked_from, reception.carrier_lock, reception, configuration_.alarm_limits,
                   symbol_rate);
   }
@@ -109,10 +111,10 @@ void Model::Changed(Effect effect) {
   switch (effect) {
     case Effect::kRestart:
       alarms_.Clear();
-      restart_ready_ = acquired_ = measure_ready_ = from_now(kRestartSeconds);
+      restart_ready_ = loaded_ = acquired_ = measure_ready_ = from_now(kRestartSeconds);
       break;
     case Effect::kOperatingMode:
-      acquired_ = measure_ready_ = from_now(kOperatingModeSeconds);
+      loaded_ = acquired_ = measure_ready_ = from_now(kOperatingModeSeconds);
       break;
     case Effect::kMeasureMode:
       measure_ready_ = std::max(acquired_, from_now(SettleSeconds(settings_.measure_mode)));

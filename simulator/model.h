@@ -95,6 +95,7 @@ class Model {
   ErrorQueue errors_;
 
   double now_ = 0.0;
+  double loaded_ = 0.0;
   double acquired_ = 0.0;
   double measure_ready_ = 0.0;
   double restart_ready_ = 0.0;

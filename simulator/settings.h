@@ -1,7 +1,6 @@
 // Everything that commands can set, with the mnemonics of the choices.
 #pragma once
 
-#include <span>
 #include <string_view>
 
 namespace simulator {
@@ -136,7 +135,7 @@ struct Settings {
 };
 
 /// The ATSC pilot lies a quarter of the symbol rate below the channel centre, above it in an inverted signal
-/// (ATSC A/53 part 2, clause 6.1: vestigial sideband with its pilot at the lower edge).
+/// (ATSC A/53 part 2: vestigial sideband with its pilot at the lower edge).
 inline double PilotFrequency(const Settings& settings) {
   const double quarter = settings.symbol_rate / 4.0;
   return settings.center_frequency_hz + (settings.sideband == Sideband::kNormal ? -quarter : quarter);

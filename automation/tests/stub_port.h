@@ -20,6 +20,7 @@ struct Wire {
   std::map<std::string, std::string, std::less<>> replies{{"SYST:ERR?", "0,\"No error\""}};
   std::vector<std::string> sent;  ///< error queries left out
   bool recording = true;
+  bool broken = false;  ///< every transfer fails in a way that no member completes or repeats
 };
 
 class StubPort final : public host::Transport {
@@ -47,6 +48,9 @@ class StubPort final : public host::Transport {
 
  private:
   void Record(std::string_view command) {
+    if (wire_.broken) {
+      throw host::AutomationError(host::kObjectErrorBase + 2014, "QPort", "the wire is cut");
+    }
     if (wire_.recording && command != "SYST:ERR?") wire_.sent.emplace_back(command);
   }
   const std::string& Reply(std::string_view command) const {

@@ -247,6 +247,74 @@ TEST(MemberTable, TellsTheMeasurementModesThatTheDriverAllows) {
   }
 }
 
+// A row that reached another member than it names would fail with that member's source.
+TEST(MemberTable, ReachesTheMemberThatItNames) {
+  automation_tests::OnLineDriver driver;
+  const auto source = [](const auto& work) -> std::string {
+    try {
+      work();
+    } catch (const host::AutomationError& error) {
+      return error.Source();
+    }
+    return "no failure";
+  };
+  // What these do first, or do alone, is another member's.
+  const std::map<std::string, std::string, std::less<>> read_by{
+      {"Manufacturer", "IDriverIdentify_Manufacturer"},
+      {"ModelNumber", "IDriverIdentify_ModelNumber"},
+      {"SerialNumber", "IDriverIdentify_SerialNumber"},
+      {"FirmwareVersion", "IDriverIdentify_FirmwareVersion"},
+      {"InstalledHardware", "IDriverIdentify_InstalledHardware"},
+      {"InputAttenuation_Receiver", "InputPort"},
+      {"InputAttenuation", "InputPort"},
+      {"InputAttenuationValue_Receiver", "InputPort"},
+      {"InputAttenuationValue", "InputPort"},
+      {"InputAttenuationMode_Receiver", "InputPort"},
+      {"InputAttenuation_Demod", "InputPort"},
+      {"InputAttenuationValue_Demod", "IDriverIdentify_FirmwareVersion"},
+      {"MeasureVsbPvPilotValue", "SpecFuncEqualizer"},
+      {"MeasureVsbPvAmplErr", "SpecFuncEqualizer"},
+      {"MeasureVsbPvSigPilotRatio", "SpecFuncEqualizer"},
+      {"MeasureNoiseGenerator", "MeasureCdAddNoiseCn"},
+      {"MeasureTdGhostPattern", "SpecFuncEqualizer"},
+  };
+  const std::map<std::string, std::string, std::less<>> written_by{
+      {"InputAttenuation_Receiver", "InputPort"},
+      {"InputAttenuation", "InputPort"},
+      {"InputAttenuationMode_Receiver", "InputPort"},
+      {"InputAttenuation_Demod", "InputPort"},
+      {"MeasureCdAddNoiseCn", "StatusSymbolRate"},
+      {"MeasureNoiseGenerator", "StatusSymbolRate"},
+      {"MeasureFdSpectrumStartFreq", "MeasureFdSpectrumStopFreq"},
+      {"MeasureFdSpectrumStopFreq", "MeasureFdSpectrumStartFreq"},
+      {"MeasureTdEchoPatRange", "IDriverIdentify_FirmwareVersion"},
+  };
+  const auto expected = [](const auto& others, std::string_view name) {
+    const auto other = others.find(name);
+    return "clsKEL4x." + (other == others.end() ? std::string(name) : other->second);
+  };
+  for (const Member& member : kDriverClass.members) {
+    if (member.access.kind == Kind::kIndexedProperty || member.name == "Prefix" || member.name == "Postfix" ||
+        member.name == "ResponseString") {
+      continue;
+    }
+    driver.wire.broken = false;
+    for (std::int32_t mode = 0; mode <= 19; ++mode) {
+      const auto measure_mode = static_cast<qkel4x::KelMeasureModes>(mode);
+      if (!member.modes.Has(measure_mode)) continue;
+      driver->MeasureMode(measure_mode);
+      break;
+    }
+    if (member.name == "MeasureMode") driver->Mode(qkel4x::kelATSC);  // forgets the mode
+    driver.wire.broken = true;
+    EXPECT_EQ(source([&] { Call(*driver, member); }), expected(read_by, member.name));
+    if (member.Writable()) {
+      const Value value = member.name == "Mode" ? Value(14) : Value(1);
+      EXPECT_EQ(source([&] { Put(*driver, member, value); }), expected(written_by, member.name));
+    }
+  }
+}
+
 struct Published {
   std::string name;
   std::vector<std::pair<std::string, std::int32_t>> members;

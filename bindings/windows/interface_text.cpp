@@ -1,6 +1,6 @@
-// Writes the Windows interfaces out of the member table: the interface definition (idl), the method bodies behind
-// it (methods), and the methods as an early-bound client sees them (client). All are checked in; a test compares
-// them.
+// Writes the Windows interfaces out of the member table: the interface definition (idl), the method bodies
+// behind it (methods), and the methods as an early-bound client sees them (client). All are checked in; a
+// test compares them.
 #include <initializer_list>
 #include <iostream>
 #include <sstream>
@@ -278,7 +278,8 @@ std::string Client() {
     out << "\ninline constexpr EarlyMember kEarly_" << identity.published->name << "[] = {\n";
     for (const Member& member : identity.published->members) {
       const auto pointer = [&](bool exists, const Method& method) {
-        return exists ? Joined({"&::", InterfaceName(identity), "::", method.cpp_name}) : std::string("nullptr");
+        return exists ? Joined({"&::", InterfaceName(identity), "::", method.cpp_name})
+                      : std::string("nullptr");
       };
       out << "    Early<" << pointer(member.access.read != nullptr, Getter(member)) << ", "
           << pointer(member.Writable(), Setter(member)) << ">(\"" << member.name << "\"),\n";

@@ -1,5 +1,6 @@
 #include "driver/core/number_text.h"
 
+#include <algorithm>
 #include <cassert>
 #include <charconv>
 #include <cmath>
@@ -40,18 +41,32 @@ std::size_t NumberLength(std::string_view text) {
   return position;
 }
 
+/// Whether a decimal number is below 1: from_chars does not tell one that is too large for a double from one
+/// that is too small.
+bool IsBelowOne(std::string_view text) {
+  const auto is_mark = [](char character) { return character == 'e' || character == 'E'; };
+  const auto mark = std::find_if(text.begin(), text.end(), is_mark);
+  std::int64_t exponent = 0;
+  if (mark != text.end()) {
+    const bool negative = mark[1] == '-';
+    const bool has_sign = negative || mark[1] == '+';
+    std::int32_t digits = 0;
+    if (std::from_chars(mark + (has_sign ? 2 : 1), text.end(), digits).ec != std::errc{}) return negative;
+    exponent = negative ? -std::int64_t{digits} : digits;
+  }
+  const auto is_digit_of_value = [](char character) { return character >= '1' && character <= '9'; };
+  const auto first = std::find_if(text.begin(), mark, is_digit_of_value);
+  const auto point = std::find(text.begin(), mark, '.');
+  return exponent + (point - first) + (first > point ? 1 : 0) <= 0;
+}
+
 /// The value of a text that NumberLength has accepted whole.
 double ParseNumber(std::string_view text) {
   if (text.front() == '+') text.remove_prefix(1);
   double number = 0.0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error == std::errc::result_out_of_range) {
-    // from_chars does not tell a number that is too large from one that is too small to be told from 0.
-    const std::size_t exponent = text.find_first_of("eE");
-    const bool tiny = (exponent != std::string_view::npos && text.substr(exponent + 1).starts_with('-')) ||
-                      text.starts_with('.') || text.starts_with("0.") || text.starts_with("-0.") ||
-                      text.starts_with("-.");
-    if (tiny) return 0.0;
+    if (IsBelowOne(text)) return 0.0;
     RaiseFault(host::kOverflow);
   }
   return number;

@@ -1,7 +1,12 @@
 // Every command and query of the instrument, spelled as its users send them, and what goes wrong with others.
+#include "simulator/commands.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <string>
+#include <string_view>
 
 #include "simulator/tests/fixture.h"
 
@@ -365,6 +370,40 @@ TEST(ErrorQueueTest, SetsTheEventStatusBitsUntilTheyAreRead) {
   EXPECT_EQ(bench.Ask("*STB?"), "100") << "error queue 4, event summary 32, service request 64";
   EXPECT_EQ(bench.Ask("*ESR?"), "49") << "command error 32, execution error 16, operation complete 1";
   EXPECT_EQ(bench.Ask("*ESR?"), "0");
+}
+
+// The table ------------------------------------------------------------------
+
+// A header with every node in its short form: the capitals of the pattern.
+std::string ShortForm(std::string_view pattern) {
+  std::string header;
+  for (const char c : pattern) {
+    if (c < 'a' || c > 'z') header.push_back(c);
+  }
+  return header;
+}
+
+TEST(TableTest, EveryQueryAnswersToItsShortAndItsLongForm) {
+  for (const Command& command : Commands()) {
+    if (command.get == nullptr) continue;
+    for (const std::string& header : {ShortForm(command.header), std::string(command.header)}) {
+      Bench bench;
+      EXPECT_NE(bench.Ask(header + "?"), kNoReply) << header;
+      EXPECT_EQ(bench.Error(), kNoError) << header;
+    }
+  }
+}
+
+TEST(TableTest, EveryCommandWithAValueRefusesNoneAndTooMany) {
+  for (const Command& command : Commands()) {
+    if (command.set == nullptr) continue;
+    Bench bench;
+    const std::string header = ShortForm(command.header);
+    bench.Ask(header + " 1,1,1,1");
+    EXPECT_EQ(bench.Error(), kTooMany) << header;
+    bench.Ask(header);
+    EXPECT_EQ(bench.Error(), command.parameters == 0 ? kNoError : kMissing) << header;
+  }
 }
 
 // Lines ----------------------------------------------------------------------

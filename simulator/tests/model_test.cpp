@@ -526,6 +526,21 @@ TEST(AlarmTest, CountsEachConditionWhileItLasts) {
   EXPECT_EQ(fields[5], "00:01:00") << "no MER without a signal";
 }
 
+TEST(AlarmTest, CountsTheLossOfLockByTuningButNotTheLoadingOfADemodulator) {
+  Bench bench;
+  bench.Ask("SYST:MODE ATSC");
+  bench.Wait(18.0);
+  EXPECT_EQ(bench.Ask("READ:ATSC:ALAR:STAT?"),
+            "00:00:10,00:00:00,0,00:00:00,0,00:00:00,0,00:00:00,0,00:00:00,0,00:00:00,0,0,0");
+  for (int i = 0; i < 4; ++i) {
+    bench.Ask("SENS:FREQ:CENT 600000000");
+    bench.Wait(10.0);
+  }
+  const auto fields = Fields(bench.Ask("READ:ATSC:ALAR:STAT?"));
+  EXPECT_EQ(fields[0], "00:00:50");
+  EXPECT_EQ(fields[3] + " " + fields[4], "00:00:02 4") << "half a second each time";
+}
+
 TEST(AlarmTest, IsClearedByCommand) {
   Bench bench;
   bench.Wait(100.0);

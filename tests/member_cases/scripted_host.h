@@ -81,6 +81,8 @@ class ScriptedTransport final : public host::Transport, public host::BlockTransf
 
   /// Sets the time-out without an event.
   void PresetTimeout(float seconds) { timeout_ = seconds; }
+  /// Loses the link without an event.
+  void Drop() { on_line_ = false; }
 
  private:
   ScriptedHost& owner_;

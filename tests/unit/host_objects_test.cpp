@@ -79,6 +79,7 @@ class AnsweringHost final : public host::Host,
   }
 
   bool reporter_throws = true;
+  bool log_throws = false;
   std::atomic<int> raised{0};
   std::atomic<int> logged{0};
   std::function<bool()> simulation = [] { return false; };
@@ -93,7 +94,10 @@ class AnsweringHost final : public host::Host,
   void ReportingEnabled(bool) override {}
   bool SimulationActive() override { return simulation(); }
   void Wait(float) override {}
-  void Append(std::int32_t, std::string_view, std::string_view, std::string_view) override { ++logged; }
+  void Append(std::int32_t, std::string_view, std::string_view, std::string_view) override {
+    ++logged;
+    if (log_throws) throw host::AutomationError(host::kInvalidProcedureCall, "MessageLog", "full");
+  }
   void KindEnabled(std::int32_t, bool) override {}
 
   host::Host* before_;
@@ -158,6 +162,17 @@ TEST(HostObjects, AReporterThatReturnsDoesNotLetACallGoOn) {
   ExpectError([&] { driver.MeasureTdCcdfPapr(); }, kBase + 2016, "clsKEL4x.MeasureTdCcdfPapr",
               "Wrong measurement mode selected");
   EXPECT_EQ(host.raised, 5);
+}
+
+TEST(HostObjects, AFailingLogIsIgnored) {
+  AnsweringHost host;
+  clsKEL4x driver;
+  driver.Name("1.5");
+  driver.OnLine(true);
+  host.log_throws = true;
+  host.logged = 0;
+  EXPECT_EQ(driver.MeasureRfLevel(), 1.5);
+  EXPECT_EQ(host.logged, 4);
 }
 
 // The flag is true from the `first` to before the `last` time that it is asked for.

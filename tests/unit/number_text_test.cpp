@@ -57,6 +57,12 @@ TEST(LeadingNumber, IsZeroWithoutANumber) {
 
 TEST(LeadingNumber, FailsBeyondADouble) {
   EXPECT_EQ(NumberOfFailure([] { LeadingNumber("1E400"); }), host::kOverflow);
+  EXPECT_EQ(NumberOfFailure([] { LeadingNumber("-0.12e0123456789"); }), host::kOverflow);
+  EXPECT_EQ(NumberOfFailure([] { LeadingNumber("1e99999999999"); }), host::kOverflow);
+  EXPECT_EQ(NumberOfFailure([] { LeadingNumber("1" + std::string(400, '0') + ".5e-20"); }), host::kOverflow);
+  EXPECT_EQ(LeadingNumber("12345e-400"), 0.0);
+  EXPECT_EQ(LeadingNumber("1e-99999999999"), 0.0);
+  EXPECT_EQ(LeadingNumber("0." + std::string(400, '0') + "1e+20"), 0.0);
 }
 
 TEST(NumberFromText, TakesAWholeTextOrFails) {

@@ -193,6 +193,24 @@ TEST(GoingOnLine, TakesASerialPortsSettingsAsTheHostLeftThem) {
   EXPECT_EQ(std::get<std::string>(settings->Item("Baud Rate")->GetValue(-1, -1)), "19200");
 }
 
+TEST(OnLine, FollowsATransportThatWasLost) {
+  ScriptedHost host;
+  clsKEL4x driver;
+  driver.OnLine(true);
+  ASSERT_TRUE(driver.OnLine());
+  host.Port()->Drop();
+  EXPECT_FALSE(driver.OnLine());
+  try {
+    driver.OnLine(false);
+    FAIL();
+  } catch (const host::AutomationError& error) {
+    EXPECT_EQ(error.Number(), 2003);
+    EXPECT_EQ(error.Description(), "Driver already off-line");
+  }
+  driver.OnLine(true);
+  EXPECT_TRUE(driver.OnLine()) << "with a new transport";
+}
+
 TEST(Register, NamesTheDriverWithoutOne) {
   clsRegister first;
   clsRegister second;

@@ -6,14 +6,15 @@ namespace workbench {
 
 std::vector<Option> SplitOptions(std::string_view list) {
   std::vector<Option> options;
-  while (!list.empty()) {
+  // A comma at the end has an empty entry behind it, as it has for the driver.
+  for (bool more = !list.empty(); more;) {
     const std::size_t comma = list.find(',');
     const std::string_view entry = list.substr(0, comma);
     const std::size_t equals = entry.find('=');
     options.push_back(
         {entry.substr(0, equals), equals == std::string_view::npos ? entry : entry.substr(equals + 1)});
-    if (comma == std::string_view::npos) break;
-    list.remove_prefix(comma + 1);
+    more = comma != std::string_view::npos;
+    if (more) list.remove_prefix(comma + 1);
   }
   return options;
 }

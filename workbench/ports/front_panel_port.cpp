@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
 #include <utility>
 
 namespace workbench {
@@ -26,10 +25,7 @@ class EmbeddedLink final : public Link {
   }
 
   Attempt Receive(std::span<char> into) override {
-    if (unread_.empty()) {
-      std::this_thread::sleep_for(kSlice);
-      return {};
-    }
+    if (unread_.empty()) return {Attempt::Outcome::kSilent, 0, false};
     const std::size_t bytes = std::min(into.size(), unread_.size());
     std::memcpy(into.data(), unread_.data(), bytes);
     unread_.remove_prefix(bytes);

@@ -15,6 +15,7 @@ struct Attempt {
   enum class Outcome {
     kDone,        ///< `bytes` were taken or delivered, at least one
     kNothingYet,  ///< the bus was not ready within a slice; trying again may help
+    kSilent,      ///< there is nothing to receive, and waiting would not change that
     kRefused,     ///< the bus did not take the text, but stands; Fault() says why
     kClosed,      ///< the other end closed the connection
     kLost,        ///< the connection is broken; Fault() says how

@@ -317,6 +317,9 @@ std::size_t Port::ReceiveInto(Transfer& transfer, std::span<char> into, bool& en
       end = attempt.end;
       return attempt.bytes;
     }
+    if (attempt.outcome == Attempt::Outcome::kSilent) {
+      Fail(transfer, host::kLinkTimeout, "no reply, and none will come");
+    }
     if (attempt.outcome == Attempt::Outcome::kClosed && transfer.received > 0) {
       lost_ = "the other end closed the connection";
       Fail(transfer, host::kLinkBadReply, "the reply was cut short: " + lost_);
@@ -407,7 +410,7 @@ void Port::WatchForSecondReply(Transfer& transfer) {
     if (attempt.outcome == Attempt::Outcome::kRefused) {
       Fail(transfer, host::kLinkSendFailed, "the command could not be delivered: " + link_->Fault());
     }
-    if (attempt.outcome == Attempt::Outcome::kClosed || attempt.outcome == Attempt::Outcome::kLost) return;
+    if (attempt.outcome != Attempt::Outcome::kDone && attempt.outcome != Attempt::Outcome::kNothingYet) return;
     second = std::any_of(more.begin(), more.begin() + static_cast<std::ptrdiff_t>(attempt.bytes),
                          [](char c) { return c != '\r'; });
   }

@@ -25,6 +25,7 @@ namespace {
 
 constexpr double kLongestQuiet = 0.5;  // seconds without a byte after which a line counts as quiet
 constexpr int kMostDrops = 64;
+constexpr std::chrono::milliseconds kPatience{100};  // with a port that is in use
 constexpr auto kLongestDrain = std::chrono::milliseconds(1000);
 
 class Descriptor {
@@ -203,8 +204,8 @@ class SerialLink final : public Link {
         if (NotReady(received, POLLIN).outcome == Attempt::Outcome::kLost) return Cleared::kFailed;
       }
       if (deadline.Expired() || deadline.Interrupted()) {
-        fault_ = "the line did not fall silent";
-        return Cleared::kFailed;
+        fault_ = "the line has not fallen silent since the transfer before";
+        return Cleared::kBusy;
       }
     }
   }
@@ -249,20 +250,33 @@ class SerialLink final : public Link {
   std::string fault_;
 };
 
+/// Opens the device for this user alone. The terminal's own exclusion does not hold against the superuser;
+/// the lock does, among well-behaved programs.
+Descriptor OpenAlone(const std::string& device, std::string& why) {
+  const auto end = Deadline::Clock::now() + kPatience;
+  for (;;) {
+    Descriptor descriptor(::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    const bool locked = descriptor.Number() >= 0 && ::flock(descriptor.Number(), LOCK_EX | LOCK_NB) == 0;
+    if (locked && ::ioctl(descriptor.Number(), TIOCEXCL) == 0) return descriptor;
+    const int error = errno;
+    if (error != EBUSY && error != EWOULDBLOCK) {
+      why = locked ? "it is no serial device: " + SystemError() : SystemError();
+      return Descriptor(-1);
+    }
+    // Another driver object may be looking which ports open just now.
+    if (Deadline::Clock::now() >= end) {
+      why = "it is in use";
+      return Descriptor(-1);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
 std::unique_ptr<Link> OpenDevice(const std::string& device, const LineSettings& settings,
                                  const std::string& peer, std::optional<Descriptor> other_end,
                                  std::string& why) {
-  Descriptor descriptor(::open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-  if (descriptor.Number() < 0) {
-    why = errno == EBUSY ? "it is in use" : SystemError();
-    return nullptr;
-  }
-  // The terminal's own exclusion does not hold against the superuser; the lock does, among well-behaved
-  // programs.
-  if (::flock(descriptor.Number(), LOCK_EX | LOCK_NB) != 0 || ::ioctl(descriptor.Number(), TIOCEXCL) != 0) {
-    why = errno == EWOULDBLOCK ? "it is in use" : "it cannot be taken for one user alone: " + SystemError();
-    return nullptr;
-  }
+  Descriptor descriptor = OpenAlone(device, why);
+  if (descriptor.Number() < 0) return nullptr;
   if (!SetLine(descriptor.Number(), settings, why)) {
     ::ioctl(descriptor.Number(), TIOCNXCL);
     return nullptr;

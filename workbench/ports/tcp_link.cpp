@@ -234,7 +234,7 @@ std::unique_ptr<Link> ConnectTcp(const std::string& host_name, const std::string
     const std::string numeric = Numeric(*address);
     if (socket) return std::make_unique<TcpLink>(std::move(*socket), numeric);
     if (!why.empty()) why += "; ";
-    why += numeric + ": " + reason;
+    why.append(numeric).append(": ").append(reason);
     if (deadline.Expired() || deadline.Interrupted()) break;
   }
   return nullptr;

@@ -1,7 +1,5 @@
 #include "com/module.h"
 
-#include <wrl/client.h>
-
 #include <atomic>
 #include <mutex>
 #include <string>
@@ -10,8 +8,6 @@
 #include "com/errors.h"
 #include "com/object.h"
 #include "com/registration.h"
-
-using Microsoft::WRL::ComPtr;
 
 namespace com {
 namespace {
@@ -100,9 +96,10 @@ bool Held() { return holds != 0; }
 
 HRESULT ClassObject(const PublishedClass& published, REFIID interface_id, void** object) {
   return Guarded(IID_IClassFactory, [&] {
-    ComPtr<IClassFactory> factory;
-    factory.Attach(new Factory(published));
-    ThrowIfFailed(factory->QueryInterface(interface_id, object), "Creating the class object");
+    auto* factory = new Factory(published);
+    const HRESULT result = factory->QueryInterface(interface_id, object);
+    factory->Release();
+    ThrowIfFailed(result, "Asking the class object for its interface");
   });
 }
 

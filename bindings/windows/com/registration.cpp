@@ -59,6 +59,10 @@ LSTATUS RemoveAll(HKEY root, const RegistryEntryList& list) {
     RegCloseKey(open);
     if (const LSTATUS status = RegDeleteTreeW(root, path.c_str()); status != ERROR_SUCCESS) worst = status;
   }
+  // A user who had none of these before has none afterwards; a key with others below it stays.
+  for (const wchar_t* parent : {L"CLSID", L"Interface", L"TypeLib"}) {
+    RegDeleteKeyW(root, (std::wstring(kClasses) + parent).c_str());
+  }
   return worst;
 }
 

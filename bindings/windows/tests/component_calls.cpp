@@ -1,7 +1,6 @@
 #include "component_calls.h"
 
 #include <initguid.h>
-
 #include <wrl/client.h>
 
 #include <algorithm>
@@ -30,11 +29,11 @@ namespace {
 template <std::size_t kPosition>
 com::PublishedClass Port() {
   const qhost::TransportClass& transport = qhost::kTransportClasses[kPosition];
-  return {transport.id, transport.program_name, transport.description,
-          [](REFIID interface_id, void** object) {
-            qhost::CreateTransport(host::CurrentHost().CreateTransport(qhost::kTransportClasses[kPosition].name),
-                                   interface_id, object);
-          }};
+  return {
+      transport.id, transport.program_name, transport.description, [](REFIID interface_id, void** object) {
+        qhost::CreateTransport(host::CurrentHost().CreateTransport(qhost::kTransportClasses[kPosition].name),
+                               interface_id, object);
+      }};
 }
 
 const com::PublishedClass kClasses[] = {
@@ -136,7 +135,8 @@ class ComponentCalls : public Calls {
 
 class LateBoundWay final : public ComponentCalls {
  public:
-  Value Get(const std::string& interface_name, const std::string& member, std::span<Value> arguments) override {
+  Value Get(const std::string& interface_name, const std::string& member,
+            std::span<Value> arguments) override {
     const LateBound object(Interface(interface_name));
     const std::wstring name = InCapitals(member);
     if (arguments.empty()) return InCaseTerms(object.Read(name.c_str()));
@@ -171,7 +171,8 @@ class LateBoundWay final : public ComponentCalls {
 
 class EarlyBoundWay final : public ComponentCalls {
  public:
-  Value Get(const std::string& interface_name, const std::string& member, std::span<Value> arguments) override {
+  Value Get(const std::string& interface_name, const std::string& member,
+            std::span<Value> arguments) override {
     const auto [early, row] = Find(interface_name, member);
     for (std::size_t i = 0; i < arguments.size(); ++i) {
       const auto* whole = std::get_if<std::int32_t>(&arguments[i]);

@@ -1,6 +1,6 @@
 // Runs the member cases through the registered component. usage: component_cases late|early FOLDER
-#include <windows.h>
 #include <objbase.h>
+#include <windows.h>
 
 #include <cstdio>
 #include <exception>

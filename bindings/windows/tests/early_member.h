@@ -1,5 +1,5 @@
-// A method of a generated interface as the member cases call it: through the virtual table, with values of the
-// published types.
+// A method of a generated interface as the member cases call it: through the virtual table, with values of
+// the published types.
 #pragma once
 
 #include <ole2.h>
@@ -23,8 +23,8 @@ using automation::Value;
 /// The object that stands for a statistics object of the component.
 automation::Statistics StandInFor(IDispatch* statistics);
 
-// The published types meet their automation forms; VARIANT_BOOL and short, DATE and double are told apart by the
-// member table's type.
+// The published types meet their automation forms; VARIANT_BOOL and short, DATE and double are told apart by
+// the member table's type.
 inline void Into(const Value& value, short& to) {
   const auto* flag = std::get_if<bool>(&value);
   to = flag != nullptr ? (*flag ? VARIANT_TRUE : VARIANT_FALSE) : std::get<std::int16_t>(value);
@@ -39,7 +39,7 @@ inline void Into(const Value& value, SAFEARRAY*& to) {
   to = com::NewByteArray(std::get<automation::Bytes>(value));
 }
 template <class Enumeration>
-  requires std::is_enum_v<Enumeration>
+requires std::is_enum_v<Enumeration>
 void Into(const Value& value, Enumeration& to) {
   to = static_cast<Enumeration>(std::get<std::int32_t>(value));
 }
@@ -69,8 +69,7 @@ inline Value From(IDispatch* from, const Type&) {
   return stand_in;
 }
 template <class Enumeration>
-  requires std::is_enum_v<Enumeration>
-Value From(Enumeration from, const Type&) {
+requires std::is_enum_v<Enumeration> Value From(Enumeration from, const Type&) {
   return static_cast<std::int32_t>(from);
 }
 
@@ -81,8 +80,7 @@ struct Kept {
   Parameter Pass() { return &value; }
 };
 template <class Parameter>
-  requires(!std::is_pointer_v<Parameter> || std::is_same_v<Parameter, BSTR>)
-struct Kept<Parameter> {
+requires(!std::is_pointer_v<Parameter> || std::is_same_v<Parameter, BSTR>) struct Kept<Parameter> {
   Parameter value{};
   Parameter Pass() { return value; }
 };
@@ -106,8 +104,7 @@ struct Signature<HRESULT (STDMETHODCALLTYPE Interface::*)(Parameters...)> {
     std::tuple<Kept<Parameters>...> kept;
     (Take(std::get<kPosition>(kept).value, arguments, kPosition), ...);
     SetErrorInfo(0, nullptr);
-    const HRESULT result =
-        (static_cast<Interface*>(object)->*method)(std::get<kPosition>(kept).Pass()...);
+    const HRESULT result = (static_cast<Interface*>(object)->*method)(std::get<kPosition>(kept).Pass()...);
     (PutBack(std::get<kPosition>(kept).value, arguments, kPosition), ...);
     com::ThrowIfFailed(result, "the call");
     if constexpr (sizeof...(Parameters) > 0) {

@@ -1,5 +1,5 @@
-// A simulated instrument for the clients under Wine: over TCP and on a pseudo-terminal, until standard input ends.
-// It settles at once.
+// A simulated instrument for the clients under Wine: over TCP and on a pseudo-terminal, until standard input
+// ends. It settles at once.
 #include <chrono>
 #include <exception>
 #include <iostream>

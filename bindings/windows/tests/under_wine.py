@@ -89,64 +89,74 @@ def register(wine, folder, *options):
 
 
 def registry(wine):
-    """All keys and values of both classes hives, as texts."""
-    lines = []
-    for hive in ("HKLM\\Software\\Classes", "HKCU\\Software\\Classes"):
-        lines += wine.run("reg", "query", hive, "/s").stdout.decode("cp437").splitlines()
-    return [line for line in lines if line.strip()]
-
-
-OURS = ("QKEL4x", "QHost", "QPort", "QAppInt", "QAppPar", "2F1B5C84", "6D0B7A52")
-
-
-def traces(wine):
-    return [line for line in registry(wine) if any(name.lower() in line.lower() for name in OURS)]
+    """All values of the machine's and the user's classes, by hive and key. Ends the server, which writes them."""
+    wine.stop()
+    found = {}
+    for file, hive in (("system.reg", "machine"), ("user.reg", "user")):
+        key = None
+        for line in (wine.prefix / file).read_text(encoding="utf-8", errors="replace").splitlines():
+            if line.startswith("["):
+                name = line[1:line.rindex("]")].replace("\\\\", "\\").lower()
+                key = (hive, name.removeprefix("software\\classes\\")) if "\\classes\\" in name else None
+                if key:
+                    found[key] = []
+            elif key and line and not line.startswith("#"):
+                found[key].append(line)
+    wine.start()
+    return found
 
 
 def fresh(wine, folder):
     """Nothing before, everything after registering, nothing after unregistering; for the machine and the user."""
     wine.make()
     copy = wine.copy("prefix-registration")
+    creates = pathlib.Path(__file__).parent / "scripts" / "creates.vbs"
     try:
         copy.start()
-        copy.run("reg", "delete", "HKCU\\Software\\Classes", "/f")
         register(copy, folder, "/u")
-        if traces(copy):
-            sys.exit("the prefix was not clean before the test:\n" + "\n".join(traces(copy)))
-        before = set(registry(copy))
-        for options, hive, other in (((), "HKEY_LOCAL_MACHINE", "HKEY_CURRENT_USER"),
-                                     (("/n", "/i:user"), "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE")):
+        # The script host registers classes of its own when it first runs, so this comes before the snapshot.
+        if script(copy, creates, quiet=True) == 0:
+            sys.exit("the classes can be created before they are registered")
+        before = registry(copy)
+        for options, hive in (((), "machine"), (("/n", "/i:user"), "user")):
             register(copy, folder, *options)
-            keys = [line for line in traces(copy) if line.startswith("HKEY_")]
-            if any(key.startswith(other) for key in keys):
-                sys.exit(f"regsvr32 {options} wrote to {other}")
-            for wanted in ("QKEL4x.clsKEL4x\\CLSID", "QKEL4x.clsRegister\\CLSID", "QKEL4x.clsStatistics\\CLSID",
-                           "QPort.clsEthernet\\CLSID", "QAppPar.ParameterNode\\CLSID", "QHost.Application\\CLSID",
-                           "\\InprocServer32", "\\ProxyStubClsid32", "\\1.0\\0\\win64", "\\HELPDIR"):
-                if not any(key.startswith(hive) and wanted.lower() in key.lower() for key in keys):
-                    sys.exit(f"after regsvr32 {options} there is no {wanted} in {hive}")
-            created = script(copy, pathlib.Path(__file__).parent / "scripts" / "creates.vbs")
-            if created != 0:
-                sys.exit(f"after regsvr32 {options} the classes cannot be created by name")
+            after = registry(copy)
+            added = {key: values for key, values in after.items() if key not in before}
+            if any(key[0] != hive for key in added):
+                sys.exit(f"regsvr32 {options} wrote beyond the {hive}'s classes")
+            keys = [key[1] for key in added]
+            for wanted in ("qkel4x.clskel4x\\clsid", "qkel4x.clsregister\\clsid", "qkel4x.clsstatistics\\clsid",
+                           "qport.clsethernet\\clsid", "qappint.hostruntime\\clsid", "qapppar.parameternode\\clsid",
+                           "qhost.application\\clsid", "\\inprocserver32", "\\proxystubclsid32",
+                           "\\1.0\\0\\win64", "\\helpdir"):
+                if not any(key.endswith(wanted) for key in keys):
+                    sys.exit(f"after regsvr32 {options} there is no {wanted} among the {hive}'s classes")
+            # This Wine looks for classes in the machine's registry alone.
+            if hive == "machine" and script(copy, creates) != 0:
+                sys.exit("the registered classes cannot be created by name")
             register(copy, folder, "/u")
-            left = set(registry(copy)) - before
-            if left:
-                sys.exit("unregistering left behind:\n" + "\n".join(sorted(left)))
+            left = registry(copy)
+            if left != before:
+                changed = sorted(key for key in before.keys() | left.keys() if before.get(key) != left.get(key))
+                sys.exit("unregistering left behind:\n" + "\n".join(map(str, changed)))
         return 0
     finally:
         copy.stop()
         shutil.rmtree(copy.prefix, ignore_errors=True)
 
 
-def script(wine, file, *arguments):
+def script(wine, file, *arguments, quiet=False):
     # A script file is opened without sharing: each run has its own copy.
     with tempfile.TemporaryDirectory(dir=wine.temporary) as folder:
         copy = shutil.copy(file, folder)
         ended = wine.run("cscript", "//nologo", windows_path(copy), *arguments,
                          WINEDEBUG="-all,fixme+wscript,fixme+vbscript,fixme+jscript")
-    sys.stdout.write(ended.stdout.decode("cp437").replace("\r", ""))
+    if not quiet:
+        sys.stdout.write(ended.stdout.decode("cp437").replace("\r", ""))
     if ended.returncode == PASSED:
         return 0
+    if quiet:
+        return 1
     sys.stdout.write(ended.stderr.decode(errors="replace"))
     print(f"{file} ended with {ended.returncode}, not with {PASSED}: it failed")
     return 1

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <ostream>
 #include <set>
 #include <string>
@@ -302,6 +303,36 @@ TEST_P(BusTest, TextInsteadOfABlockIsLeftBehind) {
   });
   EXPECT_EQ(bench.port->Blocks()->ReadBlock(1, "BLOCK?"), std::vector<std::uint8_t>{'-'});
   EXPECT_EQ(bench.port->Query("AFTER?"), "AFTER");
+}
+
+TEST(TcpResetTest, InEachPhaseIsALinkErrorThatIsOverWithTheNextOnLine) {
+  Bench bench(Bus::kTcp, [](std::string_view line, Wire& wire) {
+    if (line == "PART?") wire.Send("PA");
+    if (line == "BLOCK?") wire.Send("#210abc");
+    if (line == "PART?" || line == "BLOCK?") wire.Pause(30ms);
+    if (line == "BEFORE?" || line == "PART?" || line == "BLOCK?" || line == "COMMAND") {
+      wire.Reset();
+    } else {
+      wire.Send(std::string(NumberOf(line)) + "\n");
+    }
+  });
+  const std::vector<std::function<void()>> phases = {
+      [&] { bench.port->Query("BEFORE?"); },
+      [&] { bench.port->Query("PART?"); },
+      [&] { bench.port->Blocks()->ReadBlock(14, "BLOCK?"); },
+      [&] {
+        bench.port->Write("COMMAND");
+        std::this_thread::sleep_for(30ms);
+        bench.port->Write("NEXT");
+      },
+  };
+  for (const auto& phase : phases) {
+    const auto error = ErrorOf(phase);
+    EXPECT_TRUE(error.Code() == 2010 || error.Code() == 2012) << error.Description();
+    EXPECT_FALSE(bench.port->OnLine());
+    bench.port->OnLine(true);
+    EXPECT_EQ(bench.port->Query("AFTER?"), "AFTER");
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllBuses, BusTest, testing::ValuesIn(kBuses),

@@ -42,7 +42,7 @@ class SocketWire final : public Wire {
     ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &abort, sizeof abort);
     sockaddr nothing{};
     nothing.sa_family = AF_UNSPEC;
-    ::connect(descriptor_, &nothing, sizeof nothing);
+    static_cast<void>(::connect(descriptor_, &nothing, sizeof nothing));
   }
 
  private:

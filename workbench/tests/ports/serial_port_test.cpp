@@ -4,9 +4,11 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "workbench/tests/ports/bench.h"
 #include "workbench/workbench.h"
@@ -117,6 +119,22 @@ TEST_F(SerialPortTest, SecondUserIsTurnedAway) {
   port_->OnLine(false);
   EXPECT_NO_THROW(second->OnLine(true));
   EXPECT_EQ(second->Query("A?"), "A?");
+}
+
+TEST_F(SerialPortTest, UsersThatTakeTurnsAllGetThePort) {
+  std::vector<std::thread> threads;
+  std::atomic<int> opened{0};
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([this, &opened] {
+      const auto port = host_->CreateTransport("QPort.clsComm");
+      port->Settings()->Item("Comm Port")->SetValue(std::string("COM3"), -1, -1);
+      port->OnLine(true);
+      ++opened;
+      port->OnLine(false);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(opened, 8);
 }
 
 TEST_F(SerialPortTest, PulledPlugIsALinkError) {

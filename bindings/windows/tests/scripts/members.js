@@ -41,7 +41,7 @@ kel.MeasureMode = 11;
 kel.MeasureTdGhostPattern();
 expect("an echo", true, kel.GhostPatternAtten(1) > 0);
 expectError("an index out of range", BASE + 2004, "Get GhostPatternDelay: index value out of range",
-            function () { kel.GhostPatternDelay(0); });
+            function () { var none = kel.GhostPatternDelay(0); });
 expectError("a value out of range", BASE + 380, "", function () { kel.RfPilotFrequency = 1; });
 expectError("the wrong mode", BASE + 2016, "Wrong measurement mode selected", function () { kel.MeasureVsbPvPilotValue; });
 expectError("a report cut short", 0x800A0009 - 0x100000000, "", function () {

@@ -50,15 +50,15 @@ On Error Resume Next
 value = kel.MeasureRfLevel
 ExpectError "a reading off line", Base + 2004, "clsKEL4x.MeasureRfLevel", "Get MeasureRfLevel failed"
 setup.OnLine = False
-ExpectError "off line twice", 2003, "clsKEL4x.OnLine", "Driver already off-line"
+ExpectError "off line twice", CLng(2003), "clsKEL4x.OnLine", "Driver already off-line"
 settings.Item("Type").Value = "other"
-Expect "a read-only setting", 383, Err.Number
+Expect "a read-only setting", CLng(383), Err.Number
 Err.Clear
 value = settings.Item("No such setting").Value
-Expect "an unknown setting", 9, Err.Number
+Expect "an unknown setting", CLng(9), Err.Number
 Err.Clear
 host.DriverSetup Nothing
-Expect "no object", 91, Err.Number
+Expect "no object", CLng(91), Err.Number
 Err.Clear
 On Error Goto 0
 
@@ -68,7 +68,7 @@ setup.OnLine = True
 Expect "on line", True, setup.OnLine
 On Error Resume Next
 setup.OnLine = True
-ExpectError "on line twice", 2002, "clsKEL4x.OnLine", "Driver already on-line"
+ExpectError "on line twice", CLng(2002), "clsKEL4x.OnLine", "Driver already on-line"
 On Error Goto 0
 
 ' Texts, enumerations, numbers
@@ -77,15 +77,15 @@ Expect "model", "KEL 40", identify.ModelNumber
 Expect "serial number", identify.SerialNumber, kel.SerialNumber
 Check "installed hardware lists KEL-B1: " & kel.InstalledHardware, InStr(kel.InstalledHardware, "KEL-B1") > 0
 kel.Mode = 14
-Expect "mode", 14, kel.Mode
+Expect "mode", CLng(14), kel.Mode
 kel.MeasureMode = 0
-Expect "measurement mode", 0, kel.MeasureMode
+Expect "measurement mode", CLng(0), kel.MeasureMode
 kel.RfCenterFrequency = 627000000
 Expect "centre frequency", CDbl(627000000), kel.RfCenterFrequency
 kel.RFCENTERFREQUENCY = "615000000"
 Expect "the same from a text", CDbl(615000000), kel.rfcenterfrequency
 kel.SpecFuncEqualizer = 1
-Expect "equalizer", 1, kel.SpecFuncEqualizer
+Expect "equalizer", CLng(1), kel.SpecFuncEqualizer
 Check "MER is a number near 30 dB: " & kel.MeasureVsbMerRmsDb, kel.MeasureVsbMerRmsDb > 20 And kel.MeasureVsbMerRmsDb < 45
 Expect "status of a reading", "", kel.Prefix
 Expect "a reply is a text", 8, VarType(kel.ResponseString)
@@ -120,11 +120,11 @@ value = kel.GhostPatternAtten(i)
 ExpectError "an index out of range", Base + 2004, "clsKEL4x.GhostPatternAtten", "Get GhostPatternAtten: index value out of range"
 i = 40000
 value = kel.GhostPatternAtten(i)
-Expect "an index beyond 16 bits", 6, Err.Number
+Expect "an index beyond 16 bits", CLng(6), Err.Number
 Err.Clear
 i = "first"
 value = kel.GhostPatternAtten(i)
-Expect "an index that is no number", 13, Err.Number
+Expect "an index that is no number", CLng(13), Err.Number
 Err.Clear
 
 ' Refusals
@@ -137,26 +137,26 @@ Err.Clear
 value = kel.MeasureVsbPvPilotValue
 ExpectError "a reading in the wrong mode", Base + 2016, "clsKEL4x.MeasureVsbPvPilotValue", "Wrong measurement mode selected"
 value = kel.NoSuchMember
-Expect "an unknown member", 438, Err.Number
+Expect "an unknown member", CLng(438), Err.Number
 Err.Clear
 kel.Prefix = "x"
-Expect "a member that is only read", 438, Err.Number
+Expect "a member that is only read", CLng(438), Err.Number
 Err.Clear
 value = kel.GhostPatternAtten(1, 2)
-Expect "too many arguments", 450, Err.Number
+Expect "too many arguments", CLng(450), Err.Number
 Err.Clear
 
 ' The report, with its faults
 Set statistics = CreateObject("QKEL4x.clsStatistics")
 statistics.Statistics = "01:00:00,0,9"
-Expect "a report cut short", 9, Err.Number
+Expect "a report cut short", CLng(9), Err.Number
 Err.Clear
 Expect "what was decoded before stays", 1 / 24, CDbl(statistics.MonitoringTime)
 statistics.Statistics = "40000:00:00,0,0,0,0,0,0,0,0,0,0,0,0,1,1"
-Expect "a duration that overflows", 6, Err.Number
+Expect "a duration that overflows", CLng(6), Err.Number
 Err.Clear
 statistics.Statistics = "1:00:00,0,0,0,0,0,0,0,0,0,0,0,0,many,1"
-Expect "a count that is none", 13, Err.Number
+Expect "a count that is none", CLng(13), Err.Number
 Err.Clear
 On Error Goto 0
 Set statistics = kel.AlarmStatistics
