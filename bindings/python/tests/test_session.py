@@ -5,6 +5,7 @@ from __future__ import annotations
 import csv
 import io
 import struct
+import time
 import zlib
 from pathlib import Path
 from typing import Any
@@ -55,6 +56,16 @@ def test_a_port_that_does_not_open_says_why(quick_waits: list[float]) -> None:
     with pytest.raises(qkel4x.AutomationError, match="refused") as raised:
         qkel4x.open("TCPIP::127.0.0.1::1::SOCKET")
     assert raised.value.code == 2010
+
+
+def test_the_embedded_instrument_costs_no_time() -> None:
+    begin = time.monotonic()
+    with qkel4x.open("SIM") as kel:
+        kel.SpecFuncEqualizer = qkel4x.KelSpecFuncEqualizers.kelEqualizerOn
+        readings = kel.survey()
+    assert not [reading for reading in readings if reading.error]
+    assert readings["MeasureVsbMerRmsDb"].value > 0
+    assert time.monotonic() - begin < 5
 
 
 def test_resource_names() -> None:
