@@ -1,4 +1,5 @@
-// Made from the member table by interface_text; do not edit. clang-format off
+// Made from the member table by interface_text; do not edit.
+// clang-format off
 #pragma once
 
 #include "component/published.h"

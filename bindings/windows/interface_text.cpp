@@ -245,7 +245,7 @@ std::string Idl() {
 
 std::string Methods() {
   std::ostringstream out;
-  out << "// Made from the member table by interface_text; do not edit. clang-format off\n"
+  out << "// Made from the member table by interface_text; do not edit.\n// clang-format off\n"
          "#pragma once\n\n"
          "#include \"component/published.h\"\n"
          "#include \"driver/clsKEL4x.h\"\n"
@@ -269,7 +269,7 @@ std::string Methods() {
 
 std::string Client() {
   std::ostringstream out;
-  out << "// Made from the member table by interface_text; do not edit. clang-format off\n"
+  out << "// Made from the member table by interface_text; do not edit.\n// clang-format off\n"
          "#pragma once\n\n"
          "#include \"early_member.h\"\n"
          "#include \"qkel4x.h\"\n\n"

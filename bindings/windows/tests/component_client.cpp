@@ -22,6 +22,8 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
+constexpr GUID kNoInterface{};
+
 int failures = 0;
 
 void Check(bool holds, const std::string& claim) {
@@ -69,14 +71,14 @@ void Choose(IDriverSetup& setup, const wchar_t* name, const wchar_t* choice) {
   auto call = [](IDispatch& object, const wchar_t* member, WORD flags, BSTR argument, VARIANT* result) {
     DISPID id = 0;
     auto* asked = const_cast<LPOLESTR>(member);
-    HRESULT found = object.GetIDsOfNames(IID_NULL, &asked, 1, LOCALE_USER_DEFAULT, &id);
+    HRESULT found = object.GetIDsOfNames(kNoInterface, &asked, 1, LOCALE_USER_DEFAULT, &id);
     if (FAILED(found)) return found;
     VARIANT value;
     V_VT(&value) = VT_BSTR;
     V_BSTR(&value) = argument;
     DISPID put = DISPID_PROPERTYPUT;
     DISPPARAMS list{&value, &put, 1, flags == DISPATCH_PROPERTYPUT ? 1U : 0U};
-    return object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &list, result, nullptr, nullptr);
+    return object.Invoke(id, kNoInterface, LOCALE_USER_DEFAULT, flags, &list, result, nullptr, nullptr);
   };
   VARIANT node;
   VariantInit(&node);
@@ -180,12 +182,12 @@ void UseDriver(bool same_apartment) {
   DISPID id = 0;
   wchar_t name[] = L"RfPilotFrequency";
   LPOLESTR names = name;
-  Succeeds(kel->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id), "GetIDsOfNames");
+  Succeeds(kel->GetIDsOfNames(kNoInterface, &names, 1, LOCALE_USER_DEFAULT, &id), "GetIDsOfNames");
   VARIANT value = Whole(1);
   DISPID put = DISPID_PROPERTYPUT;
   DISPPARAMS list{&value, &put, 1, 1};
   EXCEPINFO information{};
-  Check(kel->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT, &list, nullptr, &information,
+  Check(kel->Invoke(id, kNoInterface, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT, &list, nullptr, &information,
                     nullptr) == DISP_E_EXCEPTION,
         "a failed call by name is an exception");
   Check(information.scode == static_cast<SCODE>(0x8004017C), "its code");
@@ -450,10 +452,10 @@ void UseWithoutRegistry(const char* file) {
     DISPID id = 0;
     wchar_t name[] = L"merdb";
     LPOLESTR names = name;
-    Succeeds(by_name->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id),
+    Succeeds(by_name->GetIDsOfNames(kNoInterface, &names, 1, LOCALE_USER_DEFAULT, &id),
              "a name in small letters");
     void* none = nullptr;
-    Check(get(IID_NULL, IID_IClassFactory, &none) == CLASS_E_CLASSNOTAVAILABLE, "an unknown class");
+    Check(get(kNoInterface, IID_IClassFactory, &none) == CLASS_E_CLASSNOTAVAILABLE, "an unknown class");
     by_name = nullptr;
     Check(factory->CreateInstance(statistics.Get(), IID_IUnknown, &none) == CLASS_E_NOAGGREGATION,
           "no aggregation");
