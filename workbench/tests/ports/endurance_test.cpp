@@ -129,6 +129,7 @@ INSTANTIATE_TEST_SUITE_P(AllBuses, OpenAndCloseTest, testing::ValuesIn(kBuses),
 TEST(EnduranceTest, SixtyFourInstrumentsInOneProcess) {
   Workbench host;
   std::vector<std::thread> threads;
+  threads.reserve(64);
   std::atomic<int> right{0};
   for (int t = 0; t < 64; ++t) {
     threads.emplace_back([&host, &right, t] {

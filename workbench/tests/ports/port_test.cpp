@@ -203,6 +203,7 @@ TEST(TcpPortTest, ManyPortsOnManyThreads) {
   TcpPeer peer(Echo);
   Workbench host;
   std::vector<std::thread> threads;
+  threads.reserve(16);
   std::atomic<int> right{0};
   for (int t = 0; t < 16; ++t) {
     threads.emplace_back([&, t] {
