@@ -123,6 +123,7 @@ TEST_F(SerialPortTest, SecondUserIsTurnedAway) {
 
 TEST_F(SerialPortTest, UsersThatTakeTurnsAllGetThePort) {
   std::vector<std::thread> threads;
+  threads.reserve(8);
   std::atomic<int> opened{0};
   for (int t = 0; t < 8; ++t) {
     threads.emplace_back([this, &opened] {
