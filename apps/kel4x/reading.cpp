@@ -168,6 +168,13 @@ std::string BareValueText(const Reading& reading) {
     return *statistics ? (*statistics)->Statistics() : std::string();
   }
   if (const auto* flag = std::get_if<bool>(&reading.value)) return *flag ? "yes" : "no";
+  // Error ratios are read by their power of ten; the driver's own form would be a row of zeros.
+  if (const auto* number = std::get_if<double>(&reading.value);
+      number != nullptr && *number != 0 && std::fabs(*number) < 1e-4) {
+    char digits[32];
+    const auto end = std::to_chars(digits, digits + sizeof digits, *number, std::chars_format::scientific);
+    return {digits, end.ptr};
+  }
   return automation::ValueText(reading.value);
 }
 

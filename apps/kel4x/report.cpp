@@ -34,7 +34,7 @@ h3 { font-size: 10pt; font-weight: 600; margin: 4mm 0 1mm; }
 .kicker { text-transform: uppercase; letter-spacing: 0.09em; font-size: 8pt; color: var(--soft); }
 table { border-collapse: collapse; width: 100%; }
 th { text-align: left; font-weight: 600; font-size: 8.5pt; color: var(--soft); border-bottom: 1px solid var(--ink); }
-th, td { padding: 1mm 2.5mm 1mm 0; vertical-align: baseline; }
+th, td { padding: 0.7mm 2.5mm 0.7mm 0; vertical-align: baseline; }
 tbody td { border-bottom: 1px solid var(--faint); }
 td.number, th.number { text-align: right; white-space: nowrap; }
 td.note { color: var(--soft); font-size: 9pt; }
@@ -42,25 +42,25 @@ tr.failed td.note { color: var(--bad); }
 td small { display: block; color: var(--soft); font-size: 8.5pt; }
 .facts { display: grid; grid-template-columns: repeat(2, minmax(0, 1fr)); gap: 0 10mm; margin-top: 4mm; }
 .facts div { display: flex; border-bottom: 1px solid var(--faint); padding: 1mm 0; }
-.facts dt { flex: 0 0 32mm; color: var(--soft); }
+.facts dt { flex: 0 0 38mm; overflow-wrap: anywhere; padding-right: 2mm; color: var(--soft); }
 .facts dd { margin: 0; overflow-wrap: anywhere; }
 .key { display: grid; grid-template-columns: repeat(6, minmax(0, 1fr)); border: 1px solid var(--rule); margin: 5mm 0 0; }
 .key div { padding: 2mm 3mm; border-left: 1px solid var(--rule); }
 .key div:first-child { border-left: 0; }
-.key b { display: block; font-size: 14pt; font-weight: 600; white-space: nowrap; }
+.key b { display: block; font-size: 13pt; font-weight: 600; white-space: nowrap; }
 .key b span { font-size: 9pt; font-weight: 400; color: var(--soft); }
 .key i { font-style: normal; font-size: 8.5pt; color: var(--soft); }
 .notice { border-left: 3px solid var(--bad); padding: 1.5mm 3mm; margin: 4mm 0 0; background: #fbf3f2; }
 .summary { margin: 4mm 0 0; }
 figure { margin: 3mm 0 4mm; }
 figcaption { color: var(--soft); font-size: 9pt; margin-top: 1mm; }
-figure img { max-width: 100%; border: 1px solid var(--rule); image-rendering: auto; display: block; }
+figure img { width: 118mm; max-width: 100%; height: auto; border: 1px solid var(--rule); image-rendering: auto; display: block; }
 .plot { width: 100%; height: auto; display: block; font-size: 11px; }
 .plot text { fill: var(--ink); } .plot .mark { fill: var(--soft); font-size: 10px; }
 .plot .grid { stroke: var(--faint); } .plot .axis { stroke: var(--ink); }
 .plot .stem { stroke: var(--mark); stroke-width: 2; } .plot .head { fill: var(--mark); }
 .side { display: grid; grid-template-columns: repeat(2, minmax(0, 1fr)); gap: 0 8mm; }
-.log { font: 7.5pt/1.4 "Source Code Pro", "Liberation Mono", Consolas, monospace; columns: 2; column-gap: 8mm;
+.log { font: 6.5pt/1.35 "Source Code Pro", "Liberation Mono", Consolas, monospace; columns: 3; column-gap: 6mm;
   max-height: 90mm; overflow: auto; border: 1px solid var(--rule); padding: 2mm 3mm; }
 .log div { break-inside: avoid; overflow-wrap: anywhere; padding-left: 4mm; text-indent: -4mm; }
 .log time { color: var(--soft); }
@@ -116,6 +116,7 @@ class Page {
     Statistics();
     InstrumentSettings();
     DriverSettings();
+    Signatures();
     Log();
     Foot();
     return std::move(page_);
@@ -415,14 +416,17 @@ class Page {
     page_ += "</div>\n";
   }
 
-  void Foot() {
+  // Before the log, so that what is signed stands above the signature.
+  void Signatures() {
     page_ +=
         "<div class=\"sign\"><div>Measured by</div><div>Date</div><div>Signature</div></div>\n"
         "<footer>Status words are the instrument's own, as received; “---” stands for no valid value. Made "
         "by "
         "kel4x " +
-        std::string(kVersion) + " on " + HtmlText(TimeText(result_.ended)) + ".</footer>\n</body></html>\n";
+        std::string(kVersion) + " on " + HtmlText(TimeText(result_.ended)) + ".</footer>\n";
   }
+
+  void Foot() { page_ += "</body></html>\n"; }
 
   const SurveyResult& result_;
   const ReportFacts& facts_;

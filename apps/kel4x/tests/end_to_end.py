@@ -142,7 +142,7 @@ class Kel4xTest(unittest.TestCase):
         replies = {"SYST:ERR?": '0,"No error"', "SENS:ATSC:MEAS?": "NORM", "READ:RF:LEVEL?": '"OVER"',
                    "READ:ATSC:FREQ:OFFSET?": "---", "*IDN?": "A,B,C,5.10", "READ:ATSC:BER:BRS?": "<1E-7"}
         for name, text in (("MeasureRfLevel", "OVER"), ("MeasurePilotFreqOffset", "---"),
-                           ("MeasureBerBeforeRS", "<0.0000001")):
+                           ("MeasureBerBeforeRS", "<1e-07")):
             with Scripted(replies.get) as server:
                 done = self.run_tool("--resource", server.resource, "--virtual-time", "get", name)
                 self.assertEqual(done.stdout.strip().split()[0], text)

@@ -28,7 +28,7 @@ Reading Of(std::string_view name, automation::Value value, std::string status = 
 
 TEST(ValueText, ShowsTheStatusWordWithTheValue) {
   EXPECT_EQ(ValueText(Of("MeasureRfLevel", -43.25)), "-43.25");
-  EXPECT_EQ(ValueText(Of("MeasureBerBeforeRS", 1e-6, "<")), "<0.000001");
+  EXPECT_EQ(ValueText(Of("MeasureBerBeforeRS", 1e-6, "<")), "<1e-06");
   EXPECT_EQ(ValueText(Of("MeasureRfLevel", 0.0, "---")), "---");
   EXPECT_EQ(ValueText(Of("MeasureRfLevel", 0.0, "OVER")), "OVER");
   EXPECT_EQ(ValueText(Of("MeasureRfLevel", -12.5, "UNDER")), "UNDER -12.5");
