@@ -19,7 +19,7 @@ from typing import Any
 
 import qkel4x
 
-COUNT, TURNS = 1000, 9
+COUNT, PICTURES, TURNS = 1000, 50, 9
 
 
 def timed(work: Callable[[], object]) -> tuple[float, float]:
@@ -60,13 +60,15 @@ def main() -> None:
             return float(wall), float(cpu)
 
         def picture_by_driver() -> None:
-            kel.ScreenShot(2)
+            for _ in range(PICTURES):
+                kel.ScreenShot(2)
 
         def picture_by_visa() -> None:
-            visa.query("SYST:ERR?")
-            visa.query_binary_values("READ:BUFFER:PCX?", datatype="B", container=bytes)
+            for _ in range(PICTURES):
+                visa.query("SYST:ERR?")
+                visa.query_binary_values("READ:BUFFER:PCX?", datatype="B")
 
-        kel.ScreenShot(1)
+        print(f"The screen shot has {len(kel.ScreenShot(3)[1] or b'')} bytes.\n")
         rows: dict[str, list[tuple[float, float]]] = {}
         for _ in range(TURNS):
             rows.setdefault("raw C loop", []).append(by_c())
@@ -77,7 +79,7 @@ def main() -> None:
         print(f"| {'':24} | wall us | CPU us | wall / C |\n|---|---|---|---|")
         base = statistics.median(wall for wall, _ in rows["raw C loop"]) / COUNT
         for name, turns in rows.items():
-            count = 1 if "screen" in name else COUNT
+            count = PICTURES if "screen" in name else COUNT
             wall = statistics.median(wall for wall, _ in turns) / count
             cpu = statistics.median(cpu for _, cpu in turns) / count
             ratio = "" if "screen" in name else f"{wall / base:.2f}"

@@ -18,6 +18,7 @@ import sysconfig
 import tarfile
 import tomllib
 import zipfile
+import zlib
 from pathlib import Path
 from typing import Any
 
@@ -57,9 +58,29 @@ def _metadata() -> str:
     return "\n".join([*lines, "", readme.read_text("utf-8") if readme.exists() else "", ""])
 
 
+def _information() -> dict[str, bytes]:
+    """The files that describe the package, by name."""
+    wheel = f"Wheel-Version: 1.0\nGenerator: qkel4x_build\nRoot-Is-Purelib: false\nTag: {_tag()}\n"
+    return {
+        "METADATA": _metadata().encode(),
+        "WHEEL": wheel.encode(),
+        "LICENSE": (ROOT / "LICENSE").read_bytes(),
+    }
+
+
+def prepare_metadata_for_build_wheel(metadata_directory: str, config_settings: object = None) -> str:
+    """Describes the package without building it."""
+    folder = Path(metadata_directory) / f"qkel4x-{version()}.dist-info"
+    folder.mkdir()
+    for name, content in _information().items():
+        (folder / name).write_bytes(content)
+    return folder.name
+
+
 def _build() -> Path:
     """Configures and builds; returns the folder of the package."""
-    folder = ROOT / "build" / f"wheel-{_tag()}"
+    # Interpreters of one version may have different headers: each has a folder to itself.
+    folder = ROOT / "build" / f"wheel-{_tag()}-{zlib.crc32(sys.executable.encode()):08x}"
     cmake = shutil.which("cmake")
     if cmake is None:
         raise RuntimeError("qkel4x is built with CMake 3.25 or later, and there is no cmake on the path")
@@ -95,11 +116,7 @@ def build_wheel(
     }
     if f"qkel4x/_core{suffix}" not in files:
         raise RuntimeError(f"the build made no extension module for this interpreter (_core{suffix})")
-    files[f"{info}/METADATA"] = _metadata().encode()
-    files[f"{info}/WHEEL"] = (
-        f"Wheel-Version: 1.0\nGenerator: qkel4x_build\nRoot-Is-Purelib: false\nTag: {_tag()}\n".encode()
-    )
-    files[f"{info}/LICENSE"] = (ROOT / "LICENSE").read_bytes()
+    files |= {f"{info}/{name}": content for name, content in _information().items()}
     record = io.StringIO()
     for path, content in files.items():
         digest = base64.urlsafe_b64encode(hashlib.sha256(content).digest()).rstrip(b"=").decode()

@@ -48,6 +48,14 @@ def test_the_wheel_works_where_it_is_unpacked(backend: Any, tmp_path: Path) -> N
     assert out == [str(place / "qkel4x/__init__.py"), qkel4x.__version__, "False"]
 
 
+def test_the_description_needs_no_build(backend: Any, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(backend, "_build", None)
+    folder = tmp_path / backend.prepare_metadata_for_build_wheel(str(tmp_path))
+    assert folder.name == f"qkel4x-{qkel4x.__version__}.dist-info"
+    assert f"Version: {qkel4x.__version__}" in (folder / "METADATA").read_text("utf-8")
+    assert (folder / "WHEEL").exists()
+
+
 def test_the_source_archive_holds_what_a_build_needs(backend: Any, tmp_path: Path) -> None:
     with tarfile.open(tmp_path / backend.build_sdist(str(tmp_path))) as archive:
         names = {name.partition("/")[2] for name in archive.getnames()}
