@@ -5,19 +5,23 @@ under_wine.py FOLDER start BIN       make the prefix, start its server, register
 under_wine.py FOLDER stop            end the server
 under_wine.py FOLDER run PROGRAM...  run a program; its exit code counts
 under_wine.py FOLDER script FILE...  run a script; only a script that ends with WScript.Quit 42 has passed
+under_wine.py FOLDER picture PROGRAM...
+                                     run a program with the name of a PNG file as its last argument and look at it
 under_wine.py FOLDER fresh BIN       hold registration and unregistration to a prefix that knows nothing
 
---instrument SERVER before the action serves an instrument meanwhile: PORT in the arguments is its TCP port, and
-COM8 of the prefix its serial line.
+--instrument SERVER before the action serves an instrument meanwhile: PORT in the arguments stands for its TCP port, and
+COM8 of the prefix is its serial line.
 """
 
 import contextlib
 import os
 import pathlib
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import zlib
 
 PASSED = 42  # cscript gives 0 for a script that failed
 
@@ -118,6 +122,9 @@ def fresh(wine, folder):
         if script(copy, creates, quiet=True) == 0:
             sys.exit("the classes can be created before they are registered")
         before = registry(copy)
+        assembly = copy.run(str(pathlib.Path(folder) / "assembly_client.exe"))
+        if assembly.returncode != 0:
+            sys.exit("the manifest alone does not do: " + assembly.stdout.decode(errors="replace"))
         for options, hive in (((), "machine"), (("/n", "/i:user"), "user")):
             register(copy, folder, *options)
             after = registry(copy)
@@ -162,6 +169,33 @@ def script(wine, file, *arguments, quiet=False):
     return 1
 
 
+def picture(wine, *command):
+    """The program's PNG must be whole: every chunk with its checksum, every line of the picture there."""
+    with tempfile.TemporaryDirectory(dir=wine.temporary) as folder:
+        file = pathlib.Path(folder) / "screen.png"
+        ended = wine.run(*command, windows_path(file))
+        sys.stdout.write((ended.stdout + ended.stderr).decode(errors="replace"))
+        data = file.read_bytes() if file.exists() else b""
+    if not data.startswith(b"\x89PNG\r\n\x1a\n"):
+        sys.exit(f"{command[0]} ended with {ended.returncode} and wrote no PNG")
+    chunks, at = {}, 8
+    while at < len(data):
+        (size,) = struct.unpack_from(">I", data, at)
+        name, body = data[at + 4 : at + 8], data[at + 8 : at + 8 + size]
+        if struct.unpack_from(">I", data, at + 8 + size)[0] != zlib.crc32(name + body):
+            sys.exit(f"the chunk {name!r} of the PNG has another checksum")
+        chunks[name] = body
+        at += 12 + size
+    width, height, bits, colour = struct.unpack_from(">IIBB", chunks[b"IHDR"])
+    lines = zlib.decompress(chunks[b"IDAT"])
+    if (bits, colour) != (8, 2) or len(lines) != height * (1 + 3 * width) or b"IEND" not in chunks:
+        sys.exit(f"the PNG of {width} x {height} is not whole")
+    if len(set(lines)) < 3:
+        sys.exit("the picture is empty")
+    print(f"a picture of {width} x {height}")
+    return 0
+
+
 @contextlib.contextmanager
 def instrument(wine, server):
     if server is None:
@@ -197,9 +231,11 @@ def main(arguments):
     if action == "fresh":
         return fresh(wine, rest[0])
     with instrument(wine, server) as port:
-        rest = [port if argument == "PORT" else argument for argument in rest]
+        rest = [argument.replace("PORT", port) for argument in rest] if port else rest
         if action == "script":
             return script(wine, *rest)
+        if action == "picture":
+            return picture(wine, *rest)
         ended = wine.run(*rest)
         sys.stdout.write((ended.stdout + ended.stderr).decode(errors="replace").replace("\r", ""))
         if ended.returncode != 0:
