@@ -47,12 +47,15 @@ foreach(language vbs js)
   set_tests_properties(windows_${language}_com_port PROPERTIES RESOURCE_LOCK windows_com8)
 endforeach()
 add_wine_test(example_early_bound ${with_instrument} run ${clients}/early_bound.exe 127.0.0.1 PORT)
-set_tests_properties(windows_example_early_bound PROPERTIES PASS_REGULAR_EXPRESSION "level -[0-9.]+ dBm, MER [0-9.]+ dB")
+set_tests_properties(windows_example_early_bound PROPERTIES PASS_REGULAR_EXPRESSION "level -[0-9.]+ dBm, MER [0-9.]+ dB"
+                                                          FAIL_REGULAR_EXPRESSION "ended with")
 set(tcp TCPIP::127.0.0.1::PORT::SOCKET)
 add_wine_test(tool_get ${with_instrument} run ${clients}/kel4x.exe --resource ${tcp} get Identity)
-set_tests_properties(windows_tool_get PROPERTIES PASS_REGULAR_EXPRESSION "HALVERN&TOSKE,KEL 40,")
+set_tests_properties(windows_tool_get PROPERTIES PASS_REGULAR_EXPRESSION "HALVERN&TOSKE,KEL 40,"
+                                               FAIL_REGULAR_EXPRESSION "ended with")
 add_wine_test(tool_screen_shot ${with_instrument} picture ${clients}/kel4x.exe --resource ${tcp} screenshot)
 add_wine_test(example_mer_and_echo ${with_instrument} script ${examples}/mer_and_echo.vbs 127.0.0.1 PORT)
-set_tests_properties(windows_example_mer_and_echo PROPERTIES PASS_REGULAR_EXPRESSION "MER [0-9.]+ dB.*echo 10: ")
+set_tests_properties(windows_example_mer_and_echo PROPERTIES PASS_REGULAR_EXPRESSION "MER [0-9.]+ dB.*echo 10: "
+                                                           FAIL_REGULAR_EXPRESSION "ended with")
 add_wine_test(failing_script_fails script ${scripts}/fails.vbs)
 set_tests_properties(windows_failing_script_fails PROPERTIES PASS_REGULAR_EXPRESSION "it failed")
