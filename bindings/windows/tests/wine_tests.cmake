@@ -20,7 +20,7 @@ add_test(NAME windows_start COMMAND ${under_wine} start ${clients})
 add_test(NAME windows_stop COMMAND ${under_wine} stop)
 set_tests_properties(windows_configure PROPERTIES FIXTURES_SETUP windows_configured)
 set_tests_properties(windows_build PROPERTIES FIXTURES_SETUP windows_built FIXTURES_REQUIRED windows_configured
-                                              TIMEOUT 600)
+                                              TIMEOUT 900 PROCESSORS 2)
 set_tests_properties(windows_start PROPERTIES FIXTURES_SETUP wine FIXTURES_REQUIRED windows_built)
 set_tests_properties(windows_stop PROPERTIES FIXTURES_CLEANUP wine)
 
