@@ -1,5 +1,4 @@
 // kel4x: the command-line tool for the KEL model 40/43 TV test receiver.
-#include <cstdio>
 #include <exception>
 #include <string>
 #include <vector>
@@ -23,7 +22,7 @@ int main(int argc, char** argv) {
     Complete(run);
     Session::ListenForInterrupts();
     const ExitCode code = RunVerb(run);
-    if (std::fflush(stdout) != 0) {
+    if (terminal::OutputFailed()) {
       Complain("standard output cannot be written");
       return Worse(code, kRefused);
     }

@@ -10,6 +10,7 @@
 #include "automation/call.h"
 #include "automation/enumeration_table.h"
 #include "exit_code.h"
+#include "terminal.h"
 
 namespace kel4x {
 namespace {
@@ -228,13 +229,9 @@ std::string TextTable::Text(std::size_t width, bool colour) const {
   return text;
 }
 
-void PrintLine(std::string_view line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
-}
+void PrintLine(std::string_view line) { terminal::WriteOutput(std::string(line) + "\n"); }
 
 void Complain(std::string_view message) {
-  std::fflush(stdout);
   std::fprintf(stderr, "kel4x: %.*s\n", static_cast<int>(message.size()), message.data());
 }
 

@@ -13,7 +13,8 @@ void AppendNumber(std::vector<std::uint8_t>& out, std::uint32_t number) {
   for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<std::uint8_t>(number >> shift));
 }
 
-void AppendChunk(std::vector<std::uint8_t>& out, std::string_view name, const std::vector<std::uint8_t>& data) {
+void AppendChunk(std::vector<std::uint8_t>& out, std::string_view name,
+                 const std::vector<std::uint8_t>& data) {
   AppendNumber(out, static_cast<std::uint32_t>(data.size()));
   const std::size_t checked = out.size();
   out.insert(out.end(), name.begin(), name.end());
@@ -36,7 +37,8 @@ std::vector<std::uint8_t> EncodePng(const Image& image) {
   }
   uLongf size = compressBound(static_cast<uLong>(lines.size()));
   std::vector<std::uint8_t> packed(size);
-  if (compress2(packed.data(), &size, lines.data(), static_cast<uLong>(lines.size()), Z_BEST_COMPRESSION) != Z_OK) {
+  if (compress2(packed.data(), &size, lines.data(), static_cast<uLong>(lines.size()), Z_BEST_COMPRESSION) !=
+      Z_OK) {
     throw std::runtime_error("PNG image: out of memory");
   }
   packed.resize(size);

@@ -55,7 +55,6 @@ ExitCode Shell(Run& run) {
     if (!std::getline(std::cin, line) || Session::Interrupted()) break;
     if (line == "exit" || line == "quit") break;
     const ExitCode outcome = RunLine(run, *session, line);
-    std::fflush(stdout);
     // What a person mistypes is seen at once; what a script does must show at its end.
     if (!prompt || outcome == kNoLink) code = Worse(code, outcome);
     if (!session->OnLine()) {

@@ -24,7 +24,6 @@ void Announce(const Arguments& arguments, const std::string& resource) {
   } else {
     PrintLine(resource);
   }
-  std::fflush(stdout);
 }
 
 std::string TcpResource(const std::string& address, std::uint16_t port) {

@@ -121,10 +121,7 @@ ExitCode Survey(Run& run) {
     if (!arguments.trace) bar.Show(done, total, doing);
   };
   if (arguments.json) {
-    watcher.reading = [](const Reading& reading) {
-      PrintLine(ReadingJson(reading));
-      std::fflush(stdout);
-    };
+    watcher.reading = [](const Reading& reading) { PrintLine(ReadingJson(reading)); };
   }
 
   ReportFacts facts;

@@ -2,6 +2,7 @@
 #include "terminal.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
@@ -22,6 +23,7 @@ namespace kel4x::terminal {
 namespace {
 
 void (*interrupt_handler)() = nullptr;
+bool output_failed = false;
 
 FILE* File(Stream stream) {
   switch (stream) {
@@ -45,11 +47,15 @@ std::optional<std::string> Environment(const char* name) {
   return value;
 }
 
-bool WriteOutput(std::string_view text) {
-  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
-}
+bool OutputFailed() { return output_failed; }
 
 #ifdef _WIN32
+
+void WriteOutput(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+    output_failed = true;
+  }
+}
 
 bool IsInteractive(Stream stream) { return _isatty(_fileno(File(stream))) != 0; }
 
@@ -107,6 +113,17 @@ std::vector<std::string> GpibDevices() {
 }
 
 #else
+
+void WriteOutput(std::string_view text) {
+  while (!text.empty() && !output_failed) {
+    const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      output_failed = true;
+    }
+  }
+}
 
 bool IsInteractive(Stream stream) { return isatty(fileno(File(stream))) != 0; }
 

@@ -42,7 +42,9 @@ std::vector<std::string> SerialDevices();
 /// Devices or libraries of this machine that stand for a GPIB interface, as people know them.
 std::vector<std::string> GpibDevices();
 
-/// Bytes to standard output, unchanged. False where they could not be written.
-bool WriteOutput(std::string_view text);
+/// Bytes to standard output, unchanged and at once; an interruption does not cut them short.
+void WriteOutput(std::string_view text);
+/// Whether some of them could not be written.
+bool OutputFailed();
 
 }  // namespace kel4x::terminal

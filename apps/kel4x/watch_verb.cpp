@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <deque>
 #include <limits>
+#include <thread>
 
 #include "output.h"
 #include "sparkline.h"
@@ -36,6 +37,15 @@ std::string Now() {
   std::string text;
   AppendTime(text, std::chrono::system_clock::now());
   return text;
+}
+
+void Linger(double seconds) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+  while (std::chrono::steady_clock::now() < end && !Session::Interrupted()) {
+    std::this_thread::sleep_for(
+        std::min(std::chrono::duration<double>(0.05),
+                 std::chrono::duration<double>(end - std::chrono::steady_clock::now())));
+  }
 }
 
 // Takes the place of the lines that were drawn before.
@@ -114,7 +124,7 @@ ExitCode Watch(const Arguments& arguments, Session& session) {
     }
     if (live) {
       table.Draw(rows, colour);
-    } else if (std::fflush(stdout) != 0) {
+    } else if (terminal::OutputFailed()) {
       Complain("standard output cannot be written");
       return Worse(code, kRefused);
     }
@@ -126,6 +136,8 @@ ExitCode Watch(const Arguments& arguments, Session& session) {
     const double left = arguments.interval - (session.Host().Runtime().Now() - begin);
     if (left <= 0) continue;
     if (session.Attempt([&] { session.Host().Runtime().Wait(static_cast<float>(left)); })) break;
+    // People watch in their own time, whatever clock the waits run on.
+    if (live && session.Host().Runtime().IsVirtual()) Linger(arguments.interval);
   }
   return code;
 }
