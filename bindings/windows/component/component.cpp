@@ -51,7 +51,7 @@ class Driver final : public com::Object<clsKEL4xMethods, IDriverSetupMethods, ID
 
 void CreateDriver(REFIID interface_id, void** object) {
   static HostByName host_by_name;
-  if (host::SetCurrentHost(&host_by_name) == nullptr) com::Hold();  // its singletons are never released
+  host::SetCurrentHost(&host_by_name);
   com::Create<Driver>(interface_id, object);
 }
 

@@ -1,7 +1,7 @@
 // Reads the level and the modulation error ratio over TCP, early-bound. usage: early_bound HOST PORT
-#include "qkel4x.h"  // made from qkel4x.idl; carries the platform's headers
-
 #include <cstdio>
+
+#include "qkel4x.h"  // made from qkel4x.idl; carries the platform's headers
 
 namespace {
 

@@ -67,6 +67,12 @@ class Application final : public com::Object<com::Dual<::_Application>> {
     return com::Guarded(__uuidof(Interface),
                         [&] { TheWorkbench().Runtime().SimulationActive(value != VARIANT_FALSE); });
   }
+  STDMETHODIMP Interrupt() override {
+    return com::Guarded(__uuidof(Interface), [] { TheWorkbench().Interrupt(); });
+  }
+  STDMETHODIMP ClearInterrupt() override {
+    return com::Guarded(__uuidof(Interface), [] { TheWorkbench().ClearInterrupt(); });
+  }
   STDMETHODIMP put_LogFile(BSTR value) override {
     return com::Guarded(__uuidof(Interface), [&] {
       workbench::MessageLog& log = TheWorkbench().Log();

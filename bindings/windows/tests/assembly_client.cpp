@@ -1,4 +1,5 @@
-// Creates the component's classes by name where nothing is registered: this program's manifest names the assembly.
+// Creates the component's classes by name where nothing is registered: this program's manifest names the
+// assembly.
 #include <cstdio>
 
 #include "qkel4x.h"

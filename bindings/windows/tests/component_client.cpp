@@ -471,6 +471,13 @@ int main(int count, char** arguments) {
   CoInitializeEx(nullptr, action == "apartment" ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED);
   if (action == "early" || action == "apartment") {
     UseDriver(action == "early");
+    if (action == "early") {
+      using CanUnloadNow = HRESULT(STDMETHODCALLTYPE*)();
+      CanUnloadNow can_unload = nullptr;
+      const FARPROC found = GetProcAddress(GetModuleHandleA("QKEL4x.dll"), "DllCanUnloadNow");
+      std::memcpy(&can_unload, &found, sizeof can_unload);
+      Check(can_unload != nullptr && can_unload() == S_OK, "the component can go after its last object");
+    }
   } else if (action == "library" && count == 3) {
     const std::string file = arguments[2];
     CompareLibrary(std::wstring(file.begin(), file.end()).c_str());

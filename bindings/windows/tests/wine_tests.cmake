@@ -59,3 +59,5 @@ set_tests_properties(windows_example_mer_and_echo PROPERTIES PASS_REGULAR_EXPRES
                                                            FAIL_REGULAR_EXPRESSION "ended with")
 add_wine_test(failing_script_fails script ${scripts}/fails.vbs)
 set_tests_properties(windows_failing_script_fails PROPERTIES PASS_REGULAR_EXPRESSION "it failed")
+add_test(NAME windows_examples_in_docs COMMAND ${Python3_EXECUTABLE}
+                                               ${CMAKE_CURRENT_SOURCE_DIR}/examples_in_docs.py)

@@ -178,6 +178,18 @@ Else
   Expect "PCX begins with 10", 10, CInt(image(0))
 End If
 
+' The host interrupts
+host.Interrupt
+On Error Resume Next
+kel.Reset
+' The error query of the failed member is interrupted as well, and its own error is what comes.
+Expect "an interrupted reset", Base + 2010, Err.Number
+Check "its description says so: " & Err.Description, InStr(LCase(Err.Description), "interrupt") > 0
+Err.Clear
+On Error Goto 0
+host.ClearInterrupt
+kel.Reset
+
 ' The host simulates: no instrument is asked
 host.SimulationActive = True
 Expect "identity while the host simulates", "", CreateObject("QKEL4x.clsKEL4x").Prefix
