@@ -181,7 +181,7 @@ std::string BareValueText(const Reading& reading) {
 std::string ValueText(const Reading& reading) {
   if (reading.failure) return {};
   if (reading.status == "---") return "---";
-  const std::string bare = BareValueText(reading);
+  std::string bare = BareValueText(reading);
   if (reading.status.empty()) return bare;
   const bool is_number = reading.target.member->access.type.enumeration == nullptr &&
                          automation::TypeOf(reading.value) != ValueType::kBool;
