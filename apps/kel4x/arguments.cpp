@@ -210,7 +210,8 @@ std::optional<Arguments> ParseArguments(const std::vector<std::string>& line) {
     const auto* version = dynamic_cast<const CLI::CallForVersion*>(&asked);
     const auto verbs = app.get_subcommands();
     const CLI::App* about = verbs.empty() ? &app : verbs.front();
-    terminal::WriteOutput(version != nullptr ? std::string(version->what()) + "\n" : about->help("kel4x"));
+    terminal::WriteOutput(version != nullptr ? std::string(version->what()) + "\n"
+                                             : about->help(about == &app ? "" : "kel4x"));
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());

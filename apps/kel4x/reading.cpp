@@ -130,7 +130,9 @@ Reading Read(Session& session, const Target& target) {
     reading.status = session.Link().StatusWord();
     reading.remark = driver.Postfix();
     if (const std::string_view unit = UnitIn(reading.remark); !unit.empty()) {
-      reading.unit = unit;
+      // IRREGULAR: the driver turns the kilohertz of old firmware into hertz; the remark is still the
+      // instrument's.
+      if (target.member->name != "MeasurePilotFreqOffset") reading.unit = unit;
       reading.remark.clear();
     }
   }
