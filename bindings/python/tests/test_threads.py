@@ -52,29 +52,41 @@ def connected(server: socket.socket) -> Any:
 
 
 class Interruption:
-    """Sends this process SIGINT after a while; knows when."""
+    """Sends this process SIGINT after a while, and knows how long the machine kept threads waiting meanwhile."""
 
     def __init__(self, delay: float) -> None:
         self.at = 0.0
-        self.timer = threading.Timer(delay, self.send)
+        self.stalled = 0.0
+        self.ended = threading.Event()
+        self.thread = threading.Thread(target=self.run, args=(delay,))
 
-    def send(self) -> None:
+    def run(self, delay: float) -> None:
+        time.sleep(delay)
         self.at = time.monotonic()
         os.kill(os.getpid(), signal.SIGINT)
+        while not self.ended.is_set():
+            before = time.monotonic()
+            time.sleep(0.005)
+            self.stalled += time.monotonic() - before - 0.005
+
+    def was_prompt(self) -> bool:
+        """Whether the call ended within 0.1 s of the signal, on a machine that had the time."""
+        return time.monotonic() - self.at < 0.1 + self.stalled
 
     def __enter__(self) -> Interruption:
-        self.timer.start()
+        self.thread.start()
         return self
 
     def __exit__(self, *error: object) -> None:
-        self.timer.join()
+        self.ended.set()
+        self.thread.join()
 
 
 def test_ctrl_c_ends_a_transfer(silent_instrument: socket.socket) -> None:
     driver = connected(silent_instrument)
     with Interruption(0.1) as interruption, pytest.raises(KeyboardInterrupt):
         driver.MeasureRfLevel
-    assert time.monotonic() - interruption.at < 0.1
+    assert interruption.was_prompt()
     # The port is clean: the next error query is answered as ever.
     with qkel4x.host.isolated():
         qkel4x.host.set_wait(lambda seconds: None)
@@ -86,7 +98,7 @@ def test_ctrl_c_ends_a_wait(silent_instrument: socket.socket) -> None:
     driver = connected(silent_instrument)
     with Interruption(0.1) as interruption, pytest.raises(KeyboardInterrupt):
         driver.AlarmRegisterClear()
-    assert time.monotonic() - interruption.at < 0.1
+    assert interruption.was_prompt()
 
 
 def test_ctrl_c_ends_going_on_line(silent_instrument: socket.socket) -> None:
@@ -96,7 +108,7 @@ def test_ctrl_c_ends_going_on_line(silent_instrument: socket.socket) -> None:
     settings.Item("TCP/IP.Port").SetValue(-1, -1, silent_instrument.getsockname()[1])
     with Interruption(0.2) as interruption, pytest.raises(KeyboardInterrupt):
         driver.IDriverSetup.OnLine = True
-    assert time.monotonic() - interruption.at < 0.1
+    assert interruption.was_prompt()
 
 
 def test_ctrl_c_ends_the_drain_of_an_endless_error_queue(quick_waits: list[float]) -> None:
@@ -115,7 +127,7 @@ def test_ctrl_c_ends_the_drain_of_an_endless_error_queue(quick_waits: list[float
     port.OnLine = "broken"  # type: ignore[assignment]
     with Interruption(0.1) as interruption, pytest.raises(KeyboardInterrupt):
         driver.MeasureRfLevel
-    assert time.monotonic() - interruption.at < 0.1
+    assert interruption.was_prompt()
 
 
 def test_a_signal_handler_that_goes_on_ends_nothing(silent_instrument: socket.socket) -> None:
