@@ -8,7 +8,7 @@
 
 namespace com {
 
-/// One value under Software\Classes. The first key of `path` that is this module's own alone is `owned` long.
+/// One value under Software\Classes.
 struct RegistryEntry {
   std::wstring path;
   std::wstring name;  ///< empty for the key's own value
