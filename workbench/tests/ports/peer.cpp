@@ -151,6 +151,12 @@ PtyPeer::PtyPeer(Script script) {
   thread_ = std::thread([this, script = std::move(script)] { Serve(script); });
 }
 
+termios PtyPeer::Line() const {
+  termios line{};
+  if (::tcgetattr(master_, &line) != 0) throw std::runtime_error("the line cannot be looked at");
+  return line;
+}
+
 PtyPeer::~PtyPeer() { Unplug(); }
 
 void PtyPeer::Unplug() {

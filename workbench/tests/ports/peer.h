@@ -2,6 +2,8 @@
 // the far ends of every bus that such a script can sit behind.
 #pragma once
 
+#include <termios.h>
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -77,6 +79,9 @@ class PtyPeer : public Peer {
   const std::string& Path() const { return path_; }
   /// Pulls the plug.
   void Unplug();
+
+  /// The settings of the line as its user has set them.
+  termios Line() const;
 
  private:
   void Serve(const Script& script);
