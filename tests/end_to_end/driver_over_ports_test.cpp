@@ -1,6 +1,7 @@
 // Driver, real port, simulated instrument: the same short working day over every bus.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -50,6 +51,7 @@ class DriverOverPortsTest : public testing::TestWithParam<Way> {
       options.serial_devices[2] = pty_->Path();
     }
     host_ = std::make_unique<workbench::Workbench>(options);
+    clock_.store(host_.get(), std::memory_order_release);
     host::SetCurrentHost(host_.get());
     driver_ = std::make_unique<clsKEL4x>();
     switch (GetParam()) {
@@ -96,9 +98,13 @@ class DriverOverPortsTest : public testing::TestWithParam<Way> {
     };
   }
 
-  std::unique_ptr<workbench::Workbench> host_;  // before the instrument, which reads its clock
-  std::shared_ptr<simulator::SharedInstrument> instrument_ = std::make_shared<simulator::SharedInstrument>(
-      simulator::Configuration{}, [this] { return host_ ? host_->Runtime().Now() : 0.0; });
+  std::unique_ptr<workbench::Workbench> host_;         // before the instrument, which reads its clock
+  std::atomic<workbench::Workbench*> clock_{nullptr};  // a server's thread may ask before there is a host
+  std::shared_ptr<simulator::SharedInstrument> instrument_ =
+      std::make_shared<simulator::SharedInstrument>(simulator::Configuration{}, [this] {
+        workbench::Workbench* clock = clock_.load(std::memory_order_acquire);
+        return clock != nullptr ? clock->Runtime().Now() : 0.0;
+      });
   std::unique_ptr<simulator::PtyServer> pty_;
   std::unique_ptr<simulator::TcpServer> tcp_;
   std::unique_ptr<workbench::test::LibraryPeer> library_;
