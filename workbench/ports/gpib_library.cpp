@@ -18,6 +18,7 @@ constexpr int kEnd = 0x2000;
 
 constexpr int kOperationAborted = 6;  // EABO: what a time-out shows up as
 constexpr int kNoListener = 2;        // ENOL
+constexpr int kAbsurdCount = -1;      // none of the library's own
 
 #ifdef _WIN32
 constexpr std::array<const char*, 2> kUsualLibraries = {"ni4882.dll", "gpib-32.dll"};
@@ -140,12 +141,15 @@ class GpibLink final : public Link {
   ~GpibLink() override { bus_->Close(device_); }
 
   std::string_view Peer() const override { return peer_; }
-  std::string Fault() const override { return GpibErrorText(error_); }
+  std::string Fault() const override {
+    if (error_ == kAbsurdCount) return "the library reports more bytes than it was asked for";
+    return GpibErrorText(error_);
+  }
   bool MarksEnd() const override { return true; }
   void Release(const Deadline&) override { bus_->Local(device_); }
 
   Attempt Send(std::string_view rest) override {
-    const Attempt attempt = Result(bus_->Write(device_, rest.data(), rest.size()));
+    const Attempt attempt = Result(bus_->Write(device_, rest.data(), rest.size()), rest.size());
     // An absent instrument is no reason to let go of the bus.
     if (attempt.outcome == Attempt::Outcome::kLost && error_ == kNoListener) {
       return {Attempt::Outcome::kRefused, 0, false};
@@ -154,7 +158,7 @@ class GpibLink final : public Link {
   }
 
   Attempt Receive(std::span<char> into) override {
-    return Result(bus_->Read(device_, into.data(), into.size()));
+    return Result(bus_->Read(device_, into.data(), into.size()), into.size());
   }
 
   Cleared Clear(const Deadline&, double) override {
@@ -166,10 +170,15 @@ class GpibLink final : public Link {
   Attempt DropArrived() override { return {}; }
 
  private:
-  Attempt Result(const Bus::Status& status) {
+  Attempt Result(const Bus::Status& status, std::size_t most) {
     const bool aborted = (status.word & kTimedOut) != 0 || status.error == kOperationAborted;
     if ((status.word & kError) != 0 && !aborted) {
       error_ = status.error;
+      return {Attempt::Outcome::kLost, 0, false};
+    }
+    // A negative count has become a large one.
+    if (status.count > most) {
+      error_ = kAbsurdCount;
       return {Attempt::Outcome::kLost, 0, false};
     }
     if (status.count == 0) return {};
