@@ -96,9 +96,9 @@ std::string PlotSvg(const StemPlot& plot) {
   std::vector<double> x_ticks;
   Axis x{.begin = kLeft, .end = kWidth - kRight, .logarithmic = plot.logarithmic_x};
   if (plot.logarithmic_x) {
-    const double first = std::floor(std::log10(x_least * 0.95));
-    const double last = std::max(std::ceil(std::log10(x_greatest * 1.05)), first + 1);
-    for (double decade = first; decade <= last; ++decade) x_ticks.push_back(std::pow(10.0, decade));
+    const int first = static_cast<int>(std::floor(std::log10(x_least * 0.95)));
+    const int last = std::max(static_cast<int>(std::ceil(std::log10(x_greatest * 1.05))), first + 1);
+    for (int decade = first; decade <= last; ++decade) x_ticks.push_back(std::pow(10.0, decade));
   } else {
     const double margin = std::max((x_greatest - x_least) * 0.04, 1e-9);
     x_ticks = Ticks(x_least - margin, x_greatest + margin, 10);
