@@ -1,6 +1,5 @@
 // A reading over a bare socket, as often as asked: the error query and the level query, one after the other.
-// Prints the seconds of wall time and of CPU time. Arguments: port, count; with a third argument it transfers
-// the screen instead.
+// Prints the seconds of wall time and of CPU time. Arguments: port, count.
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
