@@ -129,6 +129,26 @@ TEST(Counts, ReadingOverTcp_TakesTwoSendsAndTwoReceives) {
   EXPECT_EQ(counts, expected);
 }
 
+/// How many pieces a picture arrives in is the system's; without a look for nothing there are two at most.
+TEST(Counts, ScreenShotOverTcp_TakesTwoSendsAndAtMostThreeReceives) {
+  const Responder responder;
+  std::unique_ptr<BenchHost> host;
+  std::unique_ptr<qkel4x::clsKEL4x> driver;
+  std::vector<std::uint8_t> picture;
+  auto counts = CountSystemCalls(
+      [&] {
+        host = std::make_unique<BenchHost>(BenchHost::Ethernet::kReal);
+        driver = BenchHost::NewDriverOnLine(responder.Port());
+        driver->ScreenShot(qkel4x::kelTransfer, picture);
+      },
+      [&] {
+        for (int i = 0; i < kReadings; ++i) driver->ScreenShot(qkel4x::kelTransfer, picture);
+      });
+  EXPECT_EQ(counts[SYS_sendto], 2 * kReadings);
+  EXPECT_GE(counts[SYS_recvfrom], 2 * kReadings);
+  EXPECT_LE(counts[SYS_recvfrom], 3 * kReadings);
+}
+
 TEST(Counts, DriverOnLine_TakesLessThan64KiB) {
   const Responder responder;
   const BenchHost host(BenchHost::Ethernet::kReal);

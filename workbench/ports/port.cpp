@@ -15,7 +15,9 @@ namespace {
 constexpr std::int32_t kInvalidPropertyValue = 380;
 constexpr std::size_t kFirstBuffer = 16UL * 1024UL;
 constexpr std::size_t kLargestKeptBuffer = 64UL * 1024UL;
-constexpr std::size_t kLongestTail = 64;
+constexpr std::size_t kBlockStart = 128;  // the header of a block, or the error text in its place
+constexpr std::size_t kTerminator = 16;   // the terminator of a block, and a little more
+constexpr std::size_t kLongestTail = 512;
 constexpr std::chrono::milliseconds kPause{10};
 constexpr double kGoodbye = 0.2;  // seconds that giving the instrument back may take
 constexpr double kDoubt =
@@ -34,7 +36,6 @@ struct Port::Transfer {
   bool started = false;  // something may have gone over the link
   std::size_t sent = 0;
   std::size_t received = 0;
-  std::size_t taken = 0;  // of a block
 };
 
 Port::Port(std::shared_ptr<Services> services, std::string_view class_name, std::string_view group)
@@ -92,7 +93,7 @@ void Port::OnLine(bool on_line) {
     throw;
   }
   DropBuffer();
-  dirty_ = doubtful_ = terminator_owed_ = end_owed_ = message_ended_ = false;
+  dirty_ = doubtful_ = terminator_owed_ = end_owed_ = message_ended_ = room_filled_ = false;
   block_.Forget();
   lost_.clear();
   ReportState(TransferRecord::Kind::kOpened, deadline, 0, {});
@@ -156,8 +157,7 @@ std::vector<std::uint8_t> Port::ReadBlock(std::int16_t count, std::optional<std:
     SendText(transfer);
     block_.Begin();
   }
-  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(count));
-  ReceiveBytes(transfer, bytes);
+  std::vector<std::uint8_t> bytes = ReceiveBytes(transfer, static_cast<std::size_t>(count));
   block_.Consume(bytes);
   if (link_->MarksEnd() && block_.Now() == BlockProgress::State::kComplete) FetchTail(transfer);
   Report(transfer, transfer.kind, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
@@ -199,20 +199,24 @@ void Port::Begin(Transfer& transfer) {
   }
 }
 
-/// Before a text is sent: nothing that arrived earlier may answer it.
-void Port::MakeReady(Transfer& transfer) {
+/// No more of a block reply will be read: after a complete one only its terminator may be left.
+void Port::LeaveBlock() {
   using State = BlockProgress::State;
   const State block = block_.Now();
   block_.Forget();
   if (block == State::kHeader || block == State::kData || block == State::kDamaged) MarkDirty();
+  if (block == State::kText && Unread().empty() && !message_ended_) MarkDirty();
   if (block == State::kComplete) {
     terminator_owed_ = true;
     SkipTerminators();
     if (message_ended_) terminator_owed_ = false;
   }
+}
+
+/// Before a text is sent: nothing that arrived earlier may answer it.
+void Port::MakeReady(Transfer& transfer) {
   const std::span<char> unread = Unread();
-  const bool line_ended = message_ended_ || (!unread.empty() && EndsLine(unread.back()));
-  if (!line_ended && (block == State::kText || !unread.empty())) MarkDirty();
+  if (!message_ended_ && !unread.empty() && !EndsLine(unread.back())) MarkDirty();
   if (!dirty_ && !message_ended_) DropArrived(transfer);
   if (dirty_) Resynchronise(transfer);
   DropBuffer();
@@ -276,16 +280,17 @@ void Port::Resynchronise(Transfer& transfer) {
 }
 
 void Port::SendText(Transfer& transfer) {
-  // In a rapid sequence a port that has not failed and holds no byte is clean. After a pause a look at what
-  // has arrived meanwhile costs nothing that anyone would notice.
+  // In a rapid sequence a port that has not failed, holds no byte and has left none behind is clean. After a
+  // pause a look at what has arrived meanwhile costs nothing that anyone would notice.
   const bool paused = transfer.deadline.Begun() - last_begun_ > kPause;
-  if (begin_ != end_ || dirty_ || paused || end_owed_ || block_.Now() != BlockProgress::State::kNone)
-      [[unlikely]] {
+  if (block_.Now() != BlockProgress::State::kNone) LeaveBlock();
+  const bool clean = begin_ == end_ && !dirty_ && !end_owed_ && !terminator_owed_ && !room_filled_;
+  if (!clean || paused) [[unlikely]] {
     MakeReady(transfer);
   }
   last_begun_ = transfer.deadline.Begun();
   transfer.started = true;
-  message_ended_ = end_owed_ = false;
+  message_ended_ = end_owed_ = room_filled_ = false;
   outgoing_.assign(*transfer.command);
   outgoing_ += '\n';
   std::string_view rest = outgoing_;
@@ -309,12 +314,13 @@ void Port::SendText(Transfer& transfer) {
   }
 }
 
-std::size_t Port::ReceiveInto(Transfer& transfer, std::span<char> into, bool& end) {
+std::size_t Port::ReceiveInto(Transfer& transfer, std::span<char> into) {
   for (;;) {
     const Attempt attempt = link_->Receive(into);
     if (attempt.outcome == Attempt::Outcome::kDone) [[likely]] {
       transfer.received += attempt.bytes;
-      end = attempt.end;
+      message_ended_ = attempt.end;
+      room_filled_ = attempt.bytes == into.size();
       return attempt.bytes;
     }
     if (attempt.outcome == Attempt::Outcome::kSilent) {
@@ -339,7 +345,7 @@ void Port::CheckDeadline(Transfer& transfer) {
        transfer.received == 0 ? "no reply" + within : "only a part of the reply came" + within);
 }
 
-void Port::ReceiveMore(Transfer& transfer) {
+void Port::ReceiveMore(Transfer& transfer, std::size_t at_most) {
   if (begin_ == end_) {
     begin_ = end_ = 0;
   } else if (end_ == buffer_.size() && begin_ > 0) {
@@ -348,9 +354,8 @@ void Port::ReceiveMore(Transfer& transfer) {
     begin_ = 0;
   }
   if (end_ == buffer_.size()) buffer_.resize(std::max(kFirstBuffer, buffer_.size() * 2));
-  bool end = false;
-  end_ += ReceiveInto(transfer, std::span(buffer_).subspan(end_), end);
-  message_ended_ = end;
+  const std::span<char> room = std::span(buffer_).subspan(end_);
+  end_ += ReceiveInto(transfer, room.first(std::min(at_most, room.size())));
 }
 
 /// Passes over what may precede a reply: the CR of a terminator LF CR, and the terminator of a block.
@@ -410,7 +415,8 @@ void Port::WatchForSecondReply(Transfer& transfer) {
     if (attempt.outcome == Attempt::Outcome::kRefused) {
       Fail(transfer, host::kLinkSendFailed, "the command could not be delivered: " + link_->Fault());
     }
-    if (attempt.outcome != Attempt::Outcome::kDone && attempt.outcome != Attempt::Outcome::kNothingYet) return;
+    if (attempt.outcome != Attempt::Outcome::kDone && attempt.outcome != Attempt::Outcome::kNothingYet)
+      return;
     second = std::any_of(more.begin(), more.begin() + static_cast<std::ptrdiff_t>(attempt.bytes),
                          [](char c) { return c != '\r'; });
   }
@@ -420,34 +426,40 @@ void Port::WatchForSecondReply(Transfer& transfer) {
   }
 }
 
-void Port::ReceiveBytes(Transfer& transfer, std::span<std::uint8_t> into) {
+/// The next bytes of a block reply, received where they belong. What comes with them from behind, usually the
+/// terminator, goes into the buffer.
+std::vector<std::uint8_t> Port::ReceiveBytes(Transfer& transfer, std::size_t count) {
   transfer.started = true;
+  std::vector<std::uint8_t> bytes(count + kTerminator);
   std::size_t have = 0;
-  for (bool first = true; have < into.size(); first = false) {
-    if (block_.AtStart() && have == 0) SkipTerminators();
-    const std::span<char> unread = Unread();
-    const std::size_t taken = std::min(unread.size(), into.size() - have);
-    if (taken > 0) std::memcpy(into.data() + have, unread.data(), taken);
-    have += taken;
-    begin_ += taken;
-    transfer.taken = have;
-    if (have == into.size()) break;
+  for (bool first = true;; first = false) {
+    const bool at_start = block_.AtStart() && have == 0;
+    if (at_start) SkipTerminators();
+    const std::span<char> unread = Unread().first(std::min(end_ - begin_, count - have));
+    std::ranges::copy(unread, bytes.begin() + static_cast<std::ptrdiff_t>(have));
+    have += unread.size();
+    begin_ += unread.size();
+    if (have == count) break;
     if (message_ended_) {
       Fail(transfer, host::kLinkBadReply,
-           "the reply ended after " + std::to_string(have) + " of " + ByteCount(into.size()));
+           "the reply ended after " + std::to_string(have) + " of " + ByteCount(count));
     }
     if (!first) CheckDeadline(transfer);
-    // A large remainder is received where it belongs, past the buffer.
-    if (into.size() - have >= kFirstBuffer / 4) {
-      bool end = false;
-      have += ReceiveInto(transfer, {reinterpret_cast<char*>(into.data()) + have, into.size() - have}, end);
-      message_ended_ = end;
-      transfer.taken = have;
-    } else {
-      ReceiveMore(transfer);
+    if (at_start) {
+      ReceiveMore(transfer, kBlockStart);
+      continue;
+    }
+    have += ReceiveInto(transfer, {reinterpret_cast<char*>(bytes.data()) + have, bytes.size() - have});
+    if (have > count) {
+      begin_ = 0;
+      end_ = have - count;
+      buffer_.resize(std::max(kFirstBuffer, buffer_.size()));
+      std::ranges::copy(std::span(bytes).subspan(count, end_), buffer_.begin());
+      break;
     }
   }
-  if (buffer_.size() > kLargestKeptBuffer && begin_ == end_) DropBuffer();
+  bytes.resize(count);
+  return bytes;
 }
 
 /// Where the bus marks the end of a message, the instrument keeps the terminator of a block until it is

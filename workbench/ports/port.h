@@ -81,17 +81,18 @@ class Port : public host::Transport, public host::BlockTransfer {
   struct Transfer;
 
   void Begin(Transfer& transfer);
+  void LeaveBlock();
   void MakeReady(Transfer& transfer);
   void DropArrived(Transfer& transfer);
   [[noreturn]] void FailLost(Transfer& transfer, const Attempt& attempt, std::string_view when);
   void Resynchronise(Transfer& transfer);
   void SendText(Transfer& transfer);
-  std::size_t ReceiveInto(Transfer& transfer, std::span<char> into, bool& end);
-  void ReceiveMore(Transfer& transfer);
+  std::size_t ReceiveInto(Transfer& transfer, std::span<char> into);
+  void ReceiveMore(Transfer& transfer, std::size_t at_most = kLongestLine);
   std::string_view ReceiveLine(Transfer& transfer);
   void FinishLine(Transfer& transfer, std::string_view line);
   void WatchForSecondReply(Transfer& transfer);
-  void ReceiveBytes(Transfer& transfer, std::span<std::uint8_t> into);
+  std::vector<std::uint8_t> ReceiveBytes(Transfer& transfer, std::size_t count);
   void FetchTail(Transfer& transfer);
   void SkipTerminators();
   void CheckDeadline(Transfer& transfer);
@@ -122,6 +123,7 @@ class Port : public host::Transport, public host::BlockTransfer {
   bool message_ended_ = false;    // the bus marked the byte before end_ as the last one
   bool end_owed_ = false;         // the bus marks ends, and the reply that was read did not have one yet
   bool terminator_owed_ = false;  // the terminator of a reply that was otherwise consumed may still come
+  bool room_filled_ = false;      // by the last receive, so that more may be waiting
   BlockProgress block_;
 
   Deadline::Clock::time_point last_begun_{};  // the last transfer that sent something

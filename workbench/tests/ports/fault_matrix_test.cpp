@@ -297,6 +297,38 @@ TEST_P(BusTest, BlockShorterThanAnnouncedIsALinkErrorAndALongerOneIsCutOff) {
   EXPECT_EQ(bench.port->Query("AGAIN?"), "AGAIN");
 }
 
+TEST_P(BusTest, WhatStandsBehindABlockNeverAnswersTheNextQuery) {
+  // With and without the terminator of the block, shorter and longer than what is received along with it; a
+  // block of 128 bytes ends where the first receive does.
+  const std::vector<std::string> surplus = {"\n",
+                                            "\r\n",
+                                            "\n\n",
+                                            "\nSTALE\n",
+                                            "\nSTALE",
+                                            "STALE\n",
+                                            "\n" + std::string(62, 'x') + "\n",
+                                            "\n" + std::string(300, 'x') + "\nSTALE\n",
+                                            std::string(70000, 'x') + "\n"};
+  const std::vector<std::string> headers = {"#210", "#3122", "#45000", "#532000"};
+  std::string reply;
+  Bench bench(GetParam(), [&reply](std::string_view line, Wire& wire) {
+    wire.Send(line == "BLOCK?" ? reply : std::string(NumberOf(line)) + "\n");
+  });
+  auto& blocks = *bench.port->Blocks();
+  for (const std::string& header : headers) {
+    const std::size_t size = std::stoul(header.substr(2));
+    for (const std::string& behind : surplus) {
+      if (GetParam() != Bus::kTcp && (behind.size() > 1000 || size == 5000)) continue;
+      reply = header + std::string(size, '\n') + behind;
+      EXPECT_EQ(blocks.ReadBlock(1, "BLOCK?"), std::vector<std::uint8_t>{'#'});
+      const auto rest = static_cast<std::int16_t>(header.size() - 1 + size);
+      EXPECT_EQ(blocks.ReadBlock(rest, std::nullopt).back(), '\n');
+      EXPECT_EQ(bench.port->Query("AFTER?"), "AFTER") << header << " and " << behind.size() << " bytes";
+      EXPECT_EQ(bench.port->Query("AGAIN?"), "AGAIN");
+    }
+  }
+}
+
 TEST_P(BusTest, TextInsteadOfABlockIsLeftBehind) {
   Bench bench(GetParam(), [](std::string_view line, Wire& wire) {
     wire.Send(line == "BLOCK?" ? "-200,\"Execution error\"\n" : std::string(NumberOf(line)) + "\n");
