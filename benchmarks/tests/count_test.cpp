@@ -4,9 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "automation/call.h"
 #include "benchmarks/allocations.h"
@@ -129,8 +133,8 @@ TEST(Counts, ReadingOverTcp_TakesTwoSendsAndTwoReceives) {
   EXPECT_EQ(counts, expected);
 }
 
-/// How many pieces a picture arrives in is the system's; without a look for nothing there are two at most.
-TEST(Counts, ScreenShotOverTcp_TakesTwoSendsAndAtMostThreeReceives) {
+/// Three receives where a picture arrives in one piece; now and then the system delivers one in two.
+TEST(Counts, ScreenShotOverTcp_TakesTwoSendsAndThreeReceives) {
   const Responder responder;
   std::unique_ptr<BenchHost> host;
   std::unique_ptr<qkel4x::clsKEL4x> driver;
@@ -145,8 +149,8 @@ TEST(Counts, ScreenShotOverTcp_TakesTwoSendsAndAtMostThreeReceives) {
         for (int i = 0; i < kReadings; ++i) driver->ScreenShot(qkel4x::kelTransfer, picture);
       });
   EXPECT_EQ(counts[SYS_sendto], 2 * kReadings);
-  EXPECT_GE(counts[SYS_recvfrom], 2 * kReadings);
-  EXPECT_LE(counts[SYS_recvfrom], 3 * kReadings);
+  EXPECT_GE(counts[SYS_recvfrom], 3 * kReadings);
+  EXPECT_LT(counts[SYS_recvfrom], 4 * kReadings);
 }
 
 TEST(Counts, DriverOnLine_TakesLessThan64KiB) {
