@@ -129,6 +129,12 @@ TEST(GeneralText, HasTheShortestDigitsAndNoExponentBelow1E15) {
   EXPECT_EQ(General(0.00001), "0.00001");
 }
 
+TEST(GeneralText, NamesWhatIsNoNumber) {
+  EXPECT_EQ(General(std::numeric_limits<double>::quiet_NaN()), "NaN");
+  EXPECT_EQ(General(std::numeric_limits<double>::infinity()), "Infinity");
+  EXPECT_EQ(General(-std::numeric_limits<double>::infinity()), "-Infinity");
+}
+
 TEST(GeneralText, ReadsBackAsTheSameNumber) {
   for (const double number : {1.0 / 3.0, 10762237.762237762, 1e-300, 4.9e-324, 123456.789, 1e22, -2.5e-7}) {
     EXPECT_EQ(LeadingNumber(General(number)), number) << General(number);

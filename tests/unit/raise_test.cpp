@@ -19,7 +19,8 @@ TEST(RaiseFault, HasThePlatformsNumbersAndWords) {
                           {host::kOverflow, "Overflow"},
                           {host::kSubscriptOutOfRange, "Subscript out of range"},
                           {host::kTypeMismatch, "Type mismatch"},
-                          {host::kNoObject, "Object variable not set"}};
+                          {host::kNoObject, "Object variable not set"},
+                          {host::kMemberNotFound, "Runtime fault"}};
   member_cases::ScriptedHost host;
   for (const Fault& fault : faults) {
     try {
