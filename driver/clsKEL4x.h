@@ -48,8 +48,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   clsKEL4x(const clsKEL4x&) = delete;
   clsKEL4x& operator=(const clsKEL4x&) = delete;
 
-  // ---- Host interfaces: core/lifecycle.cpp, identify/
-  // ---------------------------------------------------------------
+  // Host interfaces: core/lifecycle.cpp, identify/ ----------------------------------------------------------
 
   std::string Name() override;
   void Name(std::string_view name) override;
@@ -59,8 +58,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   /// when already on line and 2003 when already off line, both without the object-error base. Takes a second.
   void OnLine(bool on_line) override;
 
-  // ---- Last reply and reset: core/
-  // ----------------------------------------------------------------------------------
+  // Last reply and reset: core/ -----------------------------------------------------------------------------
 
   const std::string& ResponseString() const {
     return status_.response;
@@ -72,8 +70,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   }              ///< remark of the last reply from its "(" on
   void Reset();  ///< restarts the instrument; takes 15 s
 
-  // ---- Identity and installed hardware: identify/
-  // -------------------------------------------------------------------
+  // Identity and installed hardware: identify/ --------------------------------------------------------------
 
   std::string Identity();                    ///< the whole identification, asked for once
   std::string Manufacturer() override;       ///< field 0 of the identification; empty where there is none
@@ -82,22 +79,19 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   std::string FirmwareVersion() override;    ///< field 3
   std::string InstalledHardware() override;  ///< option codes such as "KEL-B1,KEL-B3,EXTREF", found once
 
-  // ---- Alarm statistics: statistics/
-  // --------------------------------------------------------------------------------
+  // Alarm statistics: statistics/ ---------------------------------------------------------------------------
 
   std::shared_ptr<clsStatistics> AlarmStatistics();  ///< a new decoded report at every read
   void AlarmRegisterClear();                         ///< clears the alarm registers; takes 3 s
 
-  // ---- Mode and measurement mode: config/mode.cpp
-  // -------------------------------------------------------------------
+  // Mode and measurement mode: config/mode.cpp --------------------------------------------------------------
 
   KelModes Mode();                                 ///< operating mode, asked for at every read
   void Mode(KelModes mode);                        ///< kelATSC only; takes 10 s
   KelMeasureModes MeasureMode();                   ///< measurement mode, from memory once known
   void MeasureMode(KelMeasureModes measure_mode);  ///< takes up to 10 s while the instrument settles
 
-  // ---- Input port and attenuation: config/input.cpp
-  // -----------------------------------------------------------------
+  // Input port and attenuation: config/input.cpp ------------------------------------------------------------
 
   KelInputPorts InputPort();
   void InputPort(KelInputPorts port);                ///< 50 and 75 ohm need KEL-B3; takes 1 s
@@ -115,8 +109,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   void InputAttenuation_Demod(KelDemodAttenuations attenuation);
   KelDemodAttenVals InputAttenuationValue_Demod();  ///< in use now; firmware 5.05 on, demodulator input only
 
-  // ---- Enumerated settings: config/enumerated_settings.cpp
-  // ----------------------------------------------------------
+  // Enumerated settings: config/enumerated_settings.cpp -----------------------------------------------------
 
   KelSpecFuncLoopAgcs SpecFuncLoopAgc();
   void SpecFuncLoopAgc(KelSpecFuncLoopAgcs speed);
@@ -151,8 +144,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   bool ReferenceLocked();  ///< whether the 10 MHz reference is locked
   bool StateSignal();      ///< whether the RF level is in range
 
-  // ---- Frequencies and symbol rate: config/frequencies.cpp
-  // ----------------------------------------------------------
+  // Frequencies and symbol rate: config/frequencies.cpp -----------------------------------------------------
 
   double RfCenterFrequency();                   ///< Hz
   void RfCenterFrequency(double hertz);         ///< 42 000 000 to 10 000 000 009 Hz
@@ -163,17 +155,15 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   double StatusRejFilterNotchFreq();            ///< Hz
   void StatusRejFilterNotchFreq(double hertz);  ///< 1 666 000 to 1 834 000 Hz
 
-  // ---- Date and time: config/date_time.cpp
-  // --------------------------------------------------------------------------
+  // Date and time: config/clock.cpp -------------------------------------------------------------------------
 
   DateTime SetupTime();           ///< time of day of the instrument's clock
   void SetupTime(DateTime time);  ///< only the time of day is used
   DateTime SetupDate();           ///< date of the instrument's clock
   void SetupDate(DateTime date);  ///< only the date is used; the year is sent with two digits
 
-  // ---- Scalar measurements: measure/scalar_measurements.cpp
-  // --------------------------------------------------------- Units are the instrument's. Prefix tells a
-  // value that is out of range or not valid.
+  // Scalar measurements: measure/scalar_measurements.cpp ----------------------------------------------------
+  // Units are the instrument's. Prefix tells a value that is out of range or not valid.
 
   double MeasureTsBitrate();
   double MeasureTdCcdfCrestFactorMargin();
@@ -206,8 +196,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   double MeasureVsbPvAmplErr();
   double MeasureVsbPvSigPilotRatio();
 
-  // ---- Measurement settings: measure/measurement_settings.cpp
-  // -------------------------------------------------------
+  // Measurement settings: measure/measurement_settings.cpp --------------------------------------------------
 
   KelSwitchStates MeasureCdAddNoise();
   void MeasureCdAddNoise(KelSwitchStates state);
@@ -240,15 +229,13 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   KelFdJitterApplications MeasureFdJitterApplication();
   void MeasureFdJitterApplication(KelFdJitterApplications application);
 
-  // ---- Frequency-response traces: measure/frequency_response.cpp
-  // ----------------------------------------------------
+  // Frequency-response traces: measure/frequency_response.cpp -----------------------------------------------
 
   double MeasureFdAmplitudeResponse();   ///< amplitude at the marker; kelAPH or kelAGD
   double MeasureFdPhaseResponse();       ///< phase at the marker; kelAPH
   double MeasureFdGroupDelayResponse();  ///< group delay at the marker; kelAGD
 
-  // ---- Echo pattern: measure/echo_pattern.cpp
-  // -----------------------------------------------------------------------
+  // Echo pattern: measure/echo_pattern.cpp ------------------------------------------------------------------
 
   void MeasureTdGhostPattern();  ///< measures and stores ten echoes; kelEPAT with the equalizer on
   double GhostPatternAtten(
@@ -256,8 +243,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   double GhostPatternDelay(
       const std::int16_t& intNumber);  ///< delay of echo 1 to 10; measures where none is stored
 
-  // ---- Jitter: measure/jitter.cpp
-  // -----------------------------------------------------------------------------------
+  // Jitter: measure/jitter.cpp ------------------------------------------------------------------------------
 
   void MeasureFdJitterAmplitude();  ///< measures and stores seven lines; kelAJIT
   void MeasureFdJitterPhase();      ///< measures and stores seven lines; kelPJIT
@@ -267,8 +253,7 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
   double PhaseJitterValue(const std::int16_t& intNumber);     ///< value of line 1 to 7
   double PhaseJitterFreq(const std::int16_t& intNumber);      ///< frequency of line 1 to 7
 
-  // ---- Screen shot: measure/screen_shot.cpp
-  // -------------------------------------------------------------------------
+  // Screen shot: measure/screen_shot.cpp --------------------------------------------------------------------
 
   /// Captures the screen (kelCapture) and transfers it as a PCX image (kelTransfer), with the block header in
   /// front where asked for (kelIncludeHeader). False when the instrument refuses the capture; `bytBuffer` is

@@ -42,8 +42,8 @@ class Runtime final : public host::HostRuntime {
     return question != nullptr && question();
   }
 
-  /// Whether the wait or transfer of the calling thread is to end, which a host answers that interrupts one of its
-  /// threads only.
+  /// Whether the wait or transfer of the calling thread is to end, which a host answers that interrupts one
+  /// of its threads only.
   using Question = bool (*)() noexcept;
   /// Has that question asked beside the flag, once a slice; null for no longer.
   void InterruptWhen(Question question) noexcept { question_.store(question, std::memory_order_relaxed); }

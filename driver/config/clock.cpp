@@ -23,8 +23,7 @@ std::array<std::int16_t, 3> FirstThreeFields(std::string_view text) {
 
 }  // namespace
 
-// SetupTime
-// ---------------------------------------------------------------------------------------------------------
+// SetupTime -------------------------------------------------------------------------------------------------
 DateTime clsKEL4x::SetupTime() {
   static constexpr MemberTexts kGet = ReadTexts("SetupTime");
   return Armed(kGet, [this] {
@@ -46,8 +45,7 @@ void clsKEL4x::SetupTime(DateTime time) {
   });
 }
 
-// SetupDate
-// ---------------------------------------------------------------------------------------------------------
+// SetupDate -------------------------------------------------------------------------------------------------
 DateTime clsKEL4x::SetupDate() {
   static constexpr MemberTexts kGet = ReadTexts("SetupDate");
   return Armed(kGet, [this] {

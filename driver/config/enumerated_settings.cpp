@@ -8,8 +8,7 @@
 
 namespace qkel4x {
 
-// SpecFuncLoopAgc
-// ----------------------------------------------------------------------------------------------
+// SpecFuncLoopAgc -------------------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncLoopAgcMnemonics[] = {
     {kelLasSlow, "SLOW"},
     {kelLasFast, "FAST"},
@@ -29,8 +28,7 @@ KelSpecFuncLoopAgcs clsKEL4x::SpecFuncLoopAgc() {
 }
 void clsKEL4x::SpecFuncLoopAgc(KelSpecFuncLoopAgcs value) { WriteSetting(kSpecFuncLoopAgc, value); }
 
-// SpecFuncLoopBandwidth
-// ----------------------------------------------------------------------------------------
+// SpecFuncLoopBandwidth -------------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncLoopBandwidthMnemonics[] = {
     {kelLbsLo, "LO"},
     {kelLbsMed, "MED"},
@@ -53,8 +51,7 @@ void clsKEL4x::SpecFuncLoopBandwidth(KelSpecFuncLoopBandwidths value) {
   WriteSetting(kSpecFuncLoopBandwidth, value);
 }
 
-// SpecFuncLoopBaudBandwidth
-// ------------------------------------------------------------------------------------
+// SpecFuncLoopBaudBandwidth ---------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncLoopBaudBandwidthMnemonics[] = {
     {kelLbsLo, "LO"},
     {kelLbsMed, "MED"},
@@ -95,8 +92,7 @@ void clsKEL4x::SpecFuncMinBerIntegration(KelSpecFuncMinBerIntegrations value) {
   Armed(kLet, [&] { io_.ExchangeCommand(Join("SENS:ATSC:BER:INT ", DecimalText(value))); });
 }
 
-// SpecFuncEqualizer
-// --------------------------------------------------------------------------------------------
+// SpecFuncEqualizer -----------------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncEqualizerMnemonics[] = {
     {kelEqualizerOff, "OFF"},
     {kelEqualizerOn, "ON"},
@@ -122,8 +118,7 @@ void clsKEL4x::SpecFuncEqualizer(KelSpecFuncEqualizers value) {
   echo_pattern_.valid = false;
 }
 
-// SpecFuncEqualizerMode
-// ----------------------------------------------------------------------------------------
+// SpecFuncEqualizerMode -------------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncEqualizerModeMnemonics[] = {
     {kelEquModeComp, "COMP"},
     {kelEquModeReal, "REAL"},
@@ -147,8 +142,7 @@ void clsKEL4x::SpecFuncEqualizerMode(KelSpecFuncEqualizerModes value) {
   WriteSetting(kSpecFuncEqualizerMode, value);
 }
 
-// SpecFuncEqualizerAdaptation
-// ----------------------------------------------------------------------------------
+// SpecFuncEqualizerAdaptation -------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncEqualizerAdaptationMnemonics[] = {
     {kelEquAdapSlow, "SLOW"},
     {kelEquAdapMed, "MED"},
@@ -173,8 +167,7 @@ void clsKEL4x::SpecFuncEqualizerAdaptation(KelSpecFuncEqualizerAdaptations value
   WriteSetting(kSpecFuncEqualizerAdaptation, value);
 }
 
-// SpecFuncFreqRfFixed
-// ------------------------------------------------------------------------------------------
+// SpecFuncFreqRfFixed ---------------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncFreqRfFixedMnemonics[] = {
     {kelRfFixedCenter, "CENT"},
     {kelRfFixedPilot, "PIL"},
@@ -198,8 +191,7 @@ void clsKEL4x::SpecFuncFreqRfFixed(KelSpecFuncFreqRfFixed value) {
   WriteSetting(kSpecFuncFreqRfFixed, value);
 }
 
-// SpecFuncFreqSidePos
-// ------------------------------------------------------------------------------------------
+// SpecFuncFreqSidePos ---------------------------------------------------------------------------------------
 static constexpr Mnemonic kSpecFuncFreqSidePosMnemonics[] = {
     {kelSidePosNorm, "NORM"},
     {kelSidePosInv, "INV"},
@@ -223,8 +215,7 @@ void clsKEL4x::SpecFuncFreqSidePos(KelSpecFuncFreqSidePos value) {
   WriteSetting(kSpecFuncFreqSidePos, value);
 }
 
-// StatusSawFilterBW
-// --------------------------------------------------------------------------------------------
+// StatusSawFilterBW -----------------------------------------------------------------------------------------
 static constexpr Mnemonic kStatusSawFilterBWMnemonics[] = {
     {kelSawOFF, "OFF", "OFF", "0"}, {kelSaw2MHz, "MHZ2"}, {kelSaw6MHz, "MHZ6"},
     {kelSaw7MHz, "MHZ7"},           {kelSaw8MHz, "MHZ8"},
@@ -249,8 +240,7 @@ void clsKEL4x::StatusSawFilterBW(KelStatusSawFilterBWs value) {
   echo_pattern_.valid = false;
 }
 
-// Setup10MhzRef
-// ------------------------------------------------------------------------------------------------
+// Setup10MhzRef ---------------------------------------------------------------------------------------------
 static constexpr Mnemonic kSetup10MhzRefMnemonics[] = {
     {kelInternal, "INT"},
     {kelExternal, "EXT"},
@@ -272,8 +262,7 @@ KelReferenceSources clsKEL4x::Setup10MhzRef() {
 }
 void clsKEL4x::Setup10MhzRef(KelReferenceSources value) { WriteSetting(kSetup10MhzRef, value); }
 
-// SetupLevelUnit
-// -----------------------------------------------------------------------------------------------
+// SetupLevelUnit --------------------------------------------------------------------------------------------
 static constexpr Mnemonic kSetupLevelUnitMnemonics[] = {
     {kelDBMV, "DBMV"}, {kelDBPW, "DBPW"}, {kelDBUW, "DBUW"},
     {kelDBM, "DBM"},   {kelDBUV, "DBUV"}, {kelMV, "MV"},
@@ -304,8 +293,7 @@ void clsKEL4x::SetupLevelUnit(KelSetupLevelUnits value) {
   });
 }
 
-// StatusRejFilter
-// ----------------------------------------------------------------------------------------------
+// StatusRejFilter -------------------------------------------------------------------------------------------
 static constexpr Mnemonic kStatusRejFilterMnemonics[] = {
     {kelOff, "OFF", "OFF", "0"},
     {kelOn, "ON", "ON", "1"},
@@ -325,8 +313,7 @@ KelSwitchStates clsKEL4x::StatusRejFilter() {
 }
 void clsKEL4x::StatusRejFilter(KelSwitchStates value) { WriteSetting(kStatusRejFilter, value); }
 
-// StatusRejFilterNotchWidth
-// ------------------------------------------------------------------------------------
+// StatusRejFilterNotchWidth ---------------------------------------------------------------------------------
 static constexpr Mnemonic kStatusRejFilterNotchWidthMnemonics[] = {
     {kel100Hz, "H100"},
     {kel1kHz, "K1"},
@@ -350,8 +337,7 @@ void clsKEL4x::StatusRejFilterNotchWidth(KelStatusRejFilterNotchWidths value) {
   WriteSetting(kStatusRejFilterNotchWidth, value);
 }
 
-// InputAttenHighAdjChanPower
-// -----------------------------------------------------------------------------------
+// InputAttenHighAdjChanPower --------------------------------------------------------------------------------
 static constexpr Mnemonic kInputAttenHighAdjChanPowerMnemonics[] = {
     {kelOff, "OFF", "OFF", "0"},
     {kelOn, "ON", "ON", "1"},
@@ -391,8 +377,7 @@ bool clsKEL4x::ReferenceLocked() {
         Join("Device reported an unrecognised equalizer setting (", reply, ")"));
 }
 
-// StateSignal
-// --------------------------------------------------------------------------------------------------
+// StateSignal -----------------------------------------------------------------------------------------------
 bool clsKEL4x::StateSignal() {
   static constexpr MemberTexts kGet = ReadTexts("StateSignal");
   return Armed(kGet, [this] {

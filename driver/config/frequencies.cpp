@@ -29,8 +29,7 @@ double clsKEL4x::ReadFrequency(const FrequencySetting& setting) {
   });
 }
 
-// RfCenterFrequency
-// -------------------------------------------------------------------------------------------------
+// RfCenterFrequency -----------------------------------------------------------------------------------------
 static constexpr FrequencySetting kRfCenterFrequency{
     .let = WriteTexts("RfCenterFrequency"),
     .get = ReadTexts("RfCenterFrequency"),
@@ -49,8 +48,7 @@ void clsKEL4x::RfCenterFrequency(double hertz) {
   });
 }
 
-// RfPilotFrequency
-// --------------------------------------------------------------------------------------------------
+// RfPilotFrequency ------------------------------------------------------------------------------------------
 static constexpr FrequencySetting kRfPilotFrequency{
     .let = WriteTexts("RfPilotFrequency"),
     .get = ReadTexts("RfPilotFrequency"),
@@ -69,8 +67,7 @@ void clsKEL4x::RfPilotFrequency(double hertz) {
   });
 }
 
-// StatusSymbolRate
-// --------------------------------------------------------------------------------------------------
+// StatusSymbolRate ------------------------------------------------------------------------------------------
 static constexpr FrequencySetting kStatusSymbolRate{
     .let = WriteTexts("StatusSymbolRate"),
     .get = ReadTexts("StatusSymbolRate"),
@@ -90,8 +87,7 @@ void clsKEL4x::StatusSymbolRate(double rate) {
   });
 }
 
-// StatusRejFilterNotchFreq
-// ------------------------------------------------------------------------------------------
+// StatusRejFilterNotchFreq ----------------------------------------------------------------------------------
 static constexpr FrequencySetting kStatusRejFilterNotchFreq{
     .let = WriteTexts("StatusRejFilterNotchFreq"),
     .get = ReadTexts("StatusRejFilterNotchFreq"),

@@ -27,8 +27,7 @@ constexpr std::string_view kUnrecognisedDemodAttenuator =
 
 }  // namespace
 
-// InputPort
-// ---------------------------------------------------------------------------------------------------------
+// InputPort -------------------------------------------------------------------------------------------------
 KelInputPorts clsKEL4x::InputPort() {
   static constexpr MemberTexts kGet = ReadTexts("InputPort");
   std::string reply;
@@ -88,8 +87,7 @@ void clsKEL4x::InputPort(KelInputPorts port) {
   });
 }
 
-// InputAttenuation_Receiver
-// -----------------------------------------------------------------------------------------
+// InputAttenuation_Receiver ---------------------------------------------------------------------------------
 KelInputAttenuations clsKEL4x::InputAttenuation_Receiver() {
   static constexpr MemberTexts kGet = ReadTexts("InputAttenuation_Receiver");
   RequireInputPort(kGet, kReceiverBit);
@@ -126,13 +124,11 @@ void clsKEL4x::InputAttenuation_Receiver(KelInputAttenuations attenuation) {
   });
 }
 
-// InputAttenuation
-// --------------------------------------------------------------------------------------------------
+// InputAttenuation ------------------------------------------------------------------------------------------
 KelInputAttenuations clsKEL4x::InputAttenuation() { return InputAttenuation_Receiver(); }
 void clsKEL4x::InputAttenuation(KelInputAttenuations attenuation) { InputAttenuation_Receiver(attenuation); }
 
-// InputAttenuationValue_Receiver
-// ------------------------------------------------------------------------------------
+// InputAttenuationValue_Receiver ----------------------------------------------------------------------------
 KelInputAttenuations clsKEL4x::InputAttenuationValue_Receiver() {
   static constexpr MemberTexts kGet = ReadTexts("InputAttenuationValue_Receiver");
   RequireInputPort(kGet, kReceiverBit);
@@ -149,8 +145,7 @@ KelInputAttenuations clsKEL4x::InputAttenuationValue_Receiver() {
   RaiseUnrecognised(kGet.source, kUnrecognisedAttenuator, reply);
 }
 
-// InputAttenuationValue
-// ---------------------------------------------------------------------------------------------
+// InputAttenuationValue -------------------------------------------------------------------------------------
 KelInputAttenuations clsKEL4x::InputAttenuationValue() { return InputAttenuationValue_Receiver(); }
 
 // InputAttenuationMode_Receiver
@@ -202,8 +197,7 @@ void clsKEL4x::InputAttenuationMode_Receiver(KelRxAttenModes mode) {
   Armed(kLet, [&] { io_.ExchangeCommand(command); });
 }
 
-// InputAttenuation_Demod
-// --------------------------------------------------------------------------------------------
+// InputAttenuation_Demod ------------------------------------------------------------------------------------
 KelDemodAttenuations clsKEL4x::InputAttenuation_Demod() {
   static constexpr MemberTexts kGet = ReadTexts("InputAttenuation_Demod");
   RequireInputPort(kGet, kDemodBit);

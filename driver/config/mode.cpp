@@ -64,8 +64,7 @@ static_assert(RowsAreInOrder());
 
 }  // namespace
 
-// Mode
-// --------------------------------------------------------------------------------------------------------------
+// Mode ------------------------------------------------------------------------------------------------------
 KelModes clsKEL4x::Mode() {
   static constexpr MemberTexts kGet = ReadTexts("Mode");
   std::string reply;
@@ -104,8 +103,7 @@ void clsKEL4x::Mode(KelModes mode) {
   });
 }
 
-// MeasureMode
-// -------------------------------------------------------------------------------------------------------
+// MeasureMode -----------------------------------------------------------------------------------------------
 KelMeasureModes clsKEL4x::MeasureMode() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureMode");
   if (measure_mode_.valid) return measure_mode_.mode;
@@ -148,8 +146,7 @@ void clsKEL4x::MeasureMode(KelMeasureModes measure_mode) {
   });
 }
 
-// Gates
-// -------------------------------------------------------------------------------------------------------------
+// Gates -----------------------------------------------------------------------------------------------------
 void clsKEL4x::RequireMeasureMode(const MemberTexts& texts, ModeSet modes, Simulation simulation) {
   if (simulation == Simulation::kSkipsGate && SimulationActive()) return;
   if (!modes.Has(MeasureMode())) Raise(qkelBadMeasureMode, texts.source, "Wrong measurement mode selected");

@@ -87,8 +87,7 @@ void clsKEL4x::GoOffLine() {
   io_.transport.reset();
 }
 
-// Reset
-// -------------------------------------------------------------------------------------------------------------
+// Reset -----------------------------------------------------------------------------------------------------
 void clsKEL4x::Reset() {
   static constexpr MemberTexts kTexts = MethodTexts("Reset");
   Armed(kTexts, [this] {

@@ -15,8 +15,7 @@ consteval MemberTexts IdentityTexts() {
 
 }  // namespace
 
-// Identity
-// ----------------------------------------------------------------------------------------------------------
+// Identity --------------------------------------------------------------------------------------------------
 std::string clsKEL4x::Identity() {
   static constexpr MemberTexts kGet = IdentityTexts();
   status_.prefix = kNoStatus;
@@ -38,26 +37,22 @@ std::string clsKEL4x::IdentityField(std::size_t position, std::string_view sourc
   }
 }
 
-// Manufacturer
-// ------------------------------------------------------------------------------------------------------
+// Manufacturer ----------------------------------------------------------------------------------------------
 std::string clsKEL4x::Manufacturer() {
   return IdentityField(0, "clsKEL4x.IDriverIdentify_Manufacturer", "Get Manufacturer failed");
 }
 
-// ModelNumber
-// -------------------------------------------------------------------------------------------------------
+// ModelNumber -----------------------------------------------------------------------------------------------
 std::string clsKEL4x::ModelNumber() {
   return IdentityField(1, "clsKEL4x.IDriverIdentify_ModelNumber", "Get ModelNumber failed");
 }
 
-// SerialNumber
-// ------------------------------------------------------------------------------------------------------
+// SerialNumber ----------------------------------------------------------------------------------------------
 std::string clsKEL4x::SerialNumber() {
   return IdentityField(2, "clsKEL4x.IDriverIdentify_SerialNumber", "Get SerialNumber failed");
 }
 
-// FirmwareVersion
-// ---------------------------------------------------------------------------------------------------
+// FirmwareVersion -------------------------------------------------------------------------------------------
 std::string clsKEL4x::FirmwareVersion() {
   return IdentityField(3, "clsKEL4x.IDriverIdentify_FirmwareVersion", "Get FirmwareVersion failed");
 }

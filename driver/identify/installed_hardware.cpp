@@ -49,8 +49,7 @@ void IgnoringErrors(const Step& step) {
 
 }  // namespace
 
-// InstalledHardware
-// -------------------------------------------------------------------------------------------------
+// InstalledHardware -----------------------------------------------------------------------------------------
 std::string clsKEL4x::InstalledHardware() {
   try {
     return FindInstalledHardware();

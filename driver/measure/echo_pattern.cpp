@@ -48,8 +48,7 @@ void clsKEL4x::MeasureTdGhostPattern() {
   });
 }
 
-// GhostPatternAtten
-// ------------------------------------------------------------------------------------------------
+// GhostPatternAtten -----------------------------------------------------------------------------------------
 double clsKEL4x::GhostPatternAtten(const std::int16_t& intNumber) {
   static constexpr StoredTexts kTexts{
       .source = "clsKEL4x.GhostPatternAtten",
@@ -63,8 +62,7 @@ double clsKEL4x::GhostPatternAtten(const std::int16_t& intNumber) {
   return value.value_or(0.0);
 }
 
-// GhostPatternDelay
-// ------------------------------------------------------------------------------------------------
+// GhostPatternDelay -----------------------------------------------------------------------------------------
 double clsKEL4x::GhostPatternDelay(const std::int16_t& intNumber) {
   static constexpr StoredTexts kTexts{
       .source = "clsKEL4x.GhostPatternDelay",

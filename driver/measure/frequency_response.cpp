@@ -42,8 +42,7 @@ bool clsKEL4x::MeasureFrequencyResponse(const MemberTexts& texts) {
   Raise(qkelQueryFailed, texts.source, Join("Invalid KEL response string (", reply, ")"));
 }
 
-// MeasureFdAmplitudeResponse
-// ---------------------------------------------------------------------------------------
+// MeasureFdAmplitudeResponse --------------------------------------------------------------------------------
 double clsKEL4x::MeasureFdAmplitudeResponse() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdAmplitudeResponse");
   status_.prefix = kNoStatus;
@@ -51,8 +50,7 @@ double clsKEL4x::MeasureFdAmplitudeResponse() {
   return MeasureFrequencyResponse(kGet) ? frequency_response_.amplitude : 0.0;
 }
 
-// MeasureFdPhaseResponse
-// -------------------------------------------------------------------------------------------
+// MeasureFdPhaseResponse ------------------------------------------------------------------------------------
 double clsKEL4x::MeasureFdPhaseResponse() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdPhaseResponse");
   status_.prefix = kNoStatus;
@@ -60,8 +58,7 @@ double clsKEL4x::MeasureFdPhaseResponse() {
   return MeasureFrequencyResponse(kGet) ? frequency_response_.phase_or_group_delay : 0.0;
 }
 
-// MeasureFdGroupDelayResponse
-// --------------------------------------------------------------------------------------
+// MeasureFdGroupDelayResponse -------------------------------------------------------------------------------
 double clsKEL4x::MeasureFdGroupDelayResponse() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdGroupDelayResponse");
   status_.prefix = kNoStatus;

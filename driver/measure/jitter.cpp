@@ -35,8 +35,7 @@ void clsKEL4x::MeasureFdJitterPhase() {
   });
 }
 
-// AmplitudeJitterValue
-// ---------------------------------------------------------------------------------------------
+// AmplitudeJitterValue --------------------------------------------------------------------------------------
 double clsKEL4x::AmplitudeJitterValue(const std::int16_t& intNumber) {
   static constexpr StoredTexts kTexts{
       .source = "clsKEL4x.AmplitudeJitterValue",
@@ -47,8 +46,7 @@ double clsKEL4x::AmplitudeJitterValue(const std::int16_t& intNumber) {
   return StoredValue(kTexts, amplitude_jitter_.first, intNumber).value_or(0.0);
 }
 
-// AmplitudeJitterFreq
-// ----------------------------------------------------------------------------------------------
+// AmplitudeJitterFreq ---------------------------------------------------------------------------------------
 double clsKEL4x::AmplitudeJitterFreq(const std::int16_t& intNumber) {
   static constexpr StoredTexts kTexts{
       .source = "clsKEL4x.AmplitudeJitterFreq",
@@ -59,8 +57,7 @@ double clsKEL4x::AmplitudeJitterFreq(const std::int16_t& intNumber) {
   return StoredValue(kTexts, amplitude_jitter_.second, intNumber).value_or(0.0);
 }
 
-// PhaseJitterValue
-// -------------------------------------------------------------------------------------------------
+// PhaseJitterValue ------------------------------------------------------------------------------------------
 double clsKEL4x::PhaseJitterValue(const std::int16_t& intNumber) {
   static constexpr StoredTexts kTexts{
       .source = "clsKEL4x.PhaseJitterValue",
@@ -71,8 +68,7 @@ double clsKEL4x::PhaseJitterValue(const std::int16_t& intNumber) {
   return StoredValue(kTexts, phase_jitter_.first, intNumber).value_or(0.0);
 }
 
-// PhaseJitterFreq
-// --------------------------------------------------------------------------------------------------
+// PhaseJitterFreq -------------------------------------------------------------------------------------------
 double clsKEL4x::PhaseJitterFreq(const std::int16_t& intNumber) {
   static constexpr StoredTexts kTexts{
       .source = "clsKEL4x.PhaseJitterFreq",

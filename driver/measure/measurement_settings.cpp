@@ -29,8 +29,7 @@ consteval MemberTexts NoiseWriteTexts(std::string_view member, std::string_view 
 
 }  // namespace
 
-// MeasureCdAddNoise
-// ------------------------------------------------------------------------------------------------
+// MeasureCdAddNoise -----------------------------------------------------------------------------------------
 KelSwitchStates clsKEL4x::MeasureCdAddNoise() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureCdAddNoise");
   std::string reply;
@@ -82,13 +81,11 @@ void clsKEL4x::MeasureCdAddNoiseCn(double decibels) {
   Armed(kLet, [&] { io_.ExchangeCommand(Join("SENS:ATSC:NOISE ", SignPositionText(decibels))); });
 }
 
-// MeasureNoiseGenerator
-// --------------------------------------------------------------------------------------------
+// MeasureNoiseGenerator -------------------------------------------------------------------------------------
 double clsKEL4x::MeasureNoiseGenerator() { return MeasureCdAddNoiseCn(); }
 void clsKEL4x::MeasureNoiseGenerator(double decibels) { MeasureCdAddNoiseCn(decibels); }
 
-// MeasureCdSymbolCount
-// ---------------------------------------------------------------------------------------------
+// MeasureCdSymbolCount --------------------------------------------------------------------------------------
 std::int32_t clsKEL4x::MeasureCdSymbolCount() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureCdSymbolCount");
   return Armed(kGet, [this] {
@@ -107,8 +104,7 @@ void clsKEL4x::MeasureCdSymbolCount(std::int32_t count) {
   Armed(kLet, [&] { io_.ExchangeCommand(Join("SENS:ATSC:CD:INT:COUN ", SignPositionText(count))); });
 }
 
-// MeasureFdSpectrumAverageCount
-// ------------------------------------------------------------------------------------
+// MeasureFdSpectrumAverageCount -----------------------------------------------------------------------------
 std::int16_t clsKEL4x::MeasureFdSpectrumAverageCount() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdSpectrumAverageCount");
   RequireMeasureMode(kGet, kSpectrumAverageModes);
@@ -140,8 +136,7 @@ void clsKEL4x::MeasureFdSpectrumAverageCount(std::int16_t count) {
   });
 }
 
-// MeasureFdSpectrumDetector
-// ----------------------------------------------------------------------------------------
+// MeasureFdSpectrumDetector ---------------------------------------------------------------------------------
 static constexpr Mnemonic kMeasureFdSpectrumDetectorMnemonics[] = {
     {kelMIN, "MIN"},
     {kelRMS, "RMS"},
@@ -166,8 +161,7 @@ void clsKEL4x::MeasureFdSpectrumDetector(KelFdSpectrumDetectors value) {
   WriteSetting(kMeasureFdSpectrumDetector, value);
 }
 
-// MeasureFdSpectrumStartFreq
-// ---------------------------------------------------------------------------------------
+// MeasureFdSpectrumStartFreq --------------------------------------------------------------------------------
 double clsKEL4x::MeasureFdSpectrumStartFreq() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdSpectrumStartFreq");
   RequireMeasureMode(kGet, kSpectrumModes);
@@ -190,8 +184,7 @@ void clsKEL4x::MeasureFdSpectrumStartFreq(double hertz) {
   Armed(kLet, [&] { io_.ExchangeCommand(Join("SENS:ATSC:SPEC:FREQ:STAR ", MegahertzText(hertz))); });
 }
 
-// MeasureFdSpectrumStopFreq
-// ----------------------------------------------------------------------------------------
+// MeasureFdSpectrumStopFreq ---------------------------------------------------------------------------------
 double clsKEL4x::MeasureFdSpectrumStopFreq() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdSpectrumStopFreq");
   RequireMeasureMode(kGet, kSpectrumModes);
@@ -214,8 +207,7 @@ void clsKEL4x::MeasureFdSpectrumStopFreq(double hertz) {
   Armed(kLet, [&] { io_.ExchangeCommand(Join("SENS:ATSC:SPEC:FREQ:STOP ", MegahertzText(hertz))); });
 }
 
-// MeasureTdEchoPatRange
-// --------------------------------------------------------------------------------------------
+// MeasureTdEchoPatRange -------------------------------------------------------------------------------------
 static constexpr Mnemonic kMeasureTdEchoPatRangeMnemonics[] = {
     {kelFULL, "FULL"}, {kelRG1, "RG1"},    {kelRG2, "RG2"},
     {kelRG3, "RG3"},   {kelZOOM1, "SP_1"}, {kelZOOM2, "SP_2"},
@@ -246,8 +238,7 @@ void clsKEL4x::MeasureTdEchoPatRange(KelEchoPatternRanges value) {
   WriteSetting(kMeasureTdEchoPatRange, value);
 }
 
-// MeasureTdEchoPatNumValues
-// ----------------------------------------------------------------------------------------
+// MeasureTdEchoPatNumValues ---------------------------------------------------------------------------------
 static constexpr Mnemonic kMeasureTdEchoPatNumValuesMnemonics[] = {
     {kelOff, "OFF"},
     {kelOn, "ON"},
@@ -271,8 +262,7 @@ void clsKEL4x::MeasureTdEchoPatNumValues(KelSwitchStates value) {
   WriteSetting(kMeasureTdEchoPatNumValues, value);
 }
 
-// MeasureTdEchoPatScale
-// --------------------------------------------------------------------------------------------
+// MeasureTdEchoPatScale -------------------------------------------------------------------------------------
 static constexpr Mnemonic kMeasureTdEchoPatScaleMnemonics[] = {
     {kelMicroSec, "EP1"},
     {kelKilometres, "EP2"},
@@ -319,8 +309,7 @@ void clsKEL4x::MeasureTdEmInterval(KelEmIntervals interval) {
   Armed(kLet, [&] { io_.ExchangeCommand(Join("SENS:ATSC:EYEM:INT ", SignPositionText(interval))); });
 }
 
-// MeasureFdDetector
-// ------------------------------------------------------------------------------------------------
+// MeasureFdDetector -----------------------------------------------------------------------------------------
 static constexpr Mnemonic kMeasureFdDetectorMnemonics[] = {
     {kelFdRMS, "RMS"},
     {kelFdPEAK, "PEAK"},
@@ -344,8 +333,7 @@ void clsKEL4x::MeasureFdDetector(KelFdDetectors value) {
   WriteSetting(kMeasureFdDetector, value);
 }
 
-// MeasureFdJitterApplication
-// ---------------------------------------------------------------------------------------
+// MeasureFdJitterApplication --------------------------------------------------------------------------------
 KelFdJitterApplications clsKEL4x::MeasureFdJitterApplication() {
   static constexpr MemberTexts kGet = ReadTexts("MeasureFdJitterApplication");
   return Armed(kGet, [this] {

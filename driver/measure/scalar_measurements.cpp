@@ -56,16 +56,14 @@ bool clsKEL4x::ReadLossOfLock(const Reading& reading) {
   });
 }
 
-// MeasureTsBitrate
-// -------------------------------------------------------------------------------------------------
+// MeasureTsBitrate ------------------------------------------------------------------------------------------
 static constexpr Reading kMeasureTsBitrate{
     .texts = ReadTexts("MeasureTsBitrate"),
     .query = "READ:ATSC:TS:BITRATE?",
 };
 double clsKEL4x::MeasureTsBitrate() { return Read(kMeasureTsBitrate); }
 
-// MeasureTdCcdfCrestFactorMargin
-// -----------------------------------------------------------------------------------
+// MeasureTdCcdfCrestFactorMargin ----------------------------------------------------------------------------
 static constexpr Reading kMeasureTdCcdfCrestFactorMargin{
     .texts = ReadTexts("MeasureTdCcdfCrestFactorMargin"),
     .query = "READ:ATSC:CREST:MARGIN?",
@@ -73,8 +71,7 @@ static constexpr Reading kMeasureTdCcdfCrestFactorMargin{
 };
 double clsKEL4x::MeasureTdCcdfCrestFactorMargin() { return Read(kMeasureTdCcdfCrestFactorMargin); }
 
-// MeasureTdCcdfCrestFactorMax
-// --------------------------------------------------------------------------------------
+// MeasureTdCcdfCrestFactorMax -------------------------------------------------------------------------------
 static constexpr Reading kMeasureTdCcdfCrestFactorMax{
     .texts = ReadTexts("MeasureTdCcdfCrestFactorMax"),
     .query = "READ:ATSC:CREST:MAX?",
@@ -82,8 +79,7 @@ static constexpr Reading kMeasureTdCcdfCrestFactorMax{
 };
 double clsKEL4x::MeasureTdCcdfCrestFactorMax() { return Read(kMeasureTdCcdfCrestFactorMax); }
 
-// MeasureTdCcdfCrestFactorCurrent
-// ----------------------------------------------------------------------------------
+// MeasureTdCcdfCrestFactorCurrent ---------------------------------------------------------------------------
 static constexpr Reading kMeasureTdCcdfCrestFactorCurrent{
     .texts = ReadTexts("MeasureTdCcdfCrestFactorCurrent"),
     .query = "READ:ATSC:CREST:CURRENT?",
@@ -91,8 +87,7 @@ static constexpr Reading kMeasureTdCcdfCrestFactorCurrent{
 };
 double clsKEL4x::MeasureTdCcdfCrestFactorCurrent() { return Read(kMeasureTdCcdfCrestFactorCurrent); }
 
-// MeasureTdCrestFactorAqu
-// ------------------------------------------------------------------------------------------
+// MeasureTdCrestFactorAqu -----------------------------------------------------------------------------------
 static constexpr Reading kMeasureTdCrestFactorAqu{
     .texts = ReadTexts("MeasureTdCrestFactorAqu"),
     .query = "READ:ATSC:CRES:ACQ?",
@@ -122,8 +117,7 @@ static constexpr Reading kMeasureTdCcdfPaprDelta{
 };
 double clsKEL4x::MeasureTdCcdfPaprDelta() { return Read(kMeasureTdCcdfPaprDelta); }
 
-// MeasureFdSpectrumAverage
-// -----------------------------------------------------------------------------------------
+// MeasureFdSpectrumAverage ----------------------------------------------------------------------------------
 static constexpr Reading kMeasureFdSpectrumAverage{
     .texts = ReadTexts("MeasureFdSpectrumAverage"),
     .query = "READ:ATSC:SPEC:AVG:COUN?",
@@ -131,8 +125,7 @@ static constexpr Reading kMeasureFdSpectrumAverage{
 };
 std::int16_t clsKEL4x::MeasureFdSpectrumAverage() { return ReadInt16(kMeasureFdSpectrumAverage); }
 
-// MeasureFdSpectrumShoulderLower
-// -----------------------------------------------------------------------------------
+// MeasureFdSpectrumShoulderLower ----------------------------------------------------------------------------
 static constexpr Reading kMeasureFdSpectrumShoulderLower{
     .texts = ReadTexts("MeasureFdSpectrumShoulderLower"),
     .query = "READ:ATSC:SPECTRUM:SHO:LOW?",
@@ -140,8 +133,7 @@ static constexpr Reading kMeasureFdSpectrumShoulderLower{
 };
 double clsKEL4x::MeasureFdSpectrumShoulderLower() { return Read(kMeasureFdSpectrumShoulderLower); }
 
-// MeasureFdSpectrumShoulderUpper
-// -----------------------------------------------------------------------------------
+// MeasureFdSpectrumShoulderUpper ----------------------------------------------------------------------------
 static constexpr Reading kMeasureFdSpectrumShoulderUpper{
     .texts = ReadTexts("MeasureFdSpectrumShoulderUpper"),
     .query = "READ:ATSC:SPECTRUM:SHO:UPP?",
@@ -169,16 +161,14 @@ double clsKEL4x::MeasurePilotFreqOffset() {
   });
 }
 
-// MeasureRfLevel
-// ---------------------------------------------------------------------------------------------------
+// MeasureRfLevel --------------------------------------------------------------------------------------------
 static constexpr Reading kMeasureRfLevel{
     .texts = ReadTexts("MeasureRfLevel"),
     .query = "READ:RF:LEVEL?",
 };
 double clsKEL4x::MeasureRfLevel() { return Read(kMeasureRfLevel); }
 
-// MeasureVsbMerRmsDb
-// -----------------------------------------------------------------------------------------------
+// MeasureVsbMerRmsDb ----------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbMerRmsDb{
     .texts = ReadTexts("MeasureVsbMerRmsDb"),
     .query = "READ:ATSC:MER:RMS?",
@@ -186,8 +176,7 @@ static constexpr Reading kMeasureVsbMerRmsDb{
 };
 double clsKEL4x::MeasureVsbMerRmsDb() { return Read(kMeasureVsbMerRmsDb); }
 
-// MeasureVsbMerRmsPct
-// ----------------------------------------------------------------------------------------------
+// MeasureVsbMerRmsPct ---------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbMerRmsPct{
     .texts = ReadTexts("MeasureVsbMerRmsPct"),
     .query = "READ:ATSC:MERP:RMS?",
@@ -206,8 +195,7 @@ static constexpr Reading kMeasureVsbMerPeakPct{
 };
 double clsKEL4x::MeasureVsbMerPeakPct() { return Read(kMeasureVsbMerPeakPct); }
 
-// MeasureVsbEvmPeak
-// ------------------------------------------------------------------------------------------------
+// MeasureVsbEvmPeak -----------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbEvmPeak{
     .texts = ReadTexts("MeasureVsbEvmPeak"),
     .query = "READ:ATSC:EVM:PEAK?",
@@ -215,8 +203,7 @@ static constexpr Reading kMeasureVsbEvmPeak{
 };
 double clsKEL4x::MeasureVsbEvmPeak() { return Read(kMeasureVsbEvmPeak); }
 
-// MeasureVsbEvmRms
-// -------------------------------------------------------------------------------------------------
+// MeasureVsbEvmRms ------------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbEvmRms{
     .texts = ReadTexts("MeasureVsbEvmRms"),
     .query = "READ:ATSC:EVM:RMS?",
@@ -224,8 +211,7 @@ static constexpr Reading kMeasureVsbEvmRms{
 };
 double clsKEL4x::MeasureVsbEvmRms() { return Read(kMeasureVsbEvmRms); }
 
-// MeasureSymbolRateOffset
-// ------------------------------------------------------------------------------------------
+// MeasureSymbolRateOffset -----------------------------------------------------------------------------------
 static constexpr Reading kMeasureSymbolRateOffset{
     .texts = ReadTexts("MeasureSymbolRateOffset"),
     .query = "READ:ATSC:SYMBOL:OFFSET?",
@@ -233,8 +219,7 @@ static constexpr Reading kMeasureSymbolRateOffset{
 };
 double clsKEL4x::MeasureSymbolRateOffset() { return Read(kMeasureSymbolRateOffset); }
 
-// MeasureVsbPhaseJitter
-// --------------------------------------------------------------------------------------------
+// MeasureVsbPhaseJitter -------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbPhaseJitter{
     .texts = ReadTexts("MeasureVsbPhaseJitter"),
     .query = "READ:ATSC:JITTER?",
@@ -242,8 +227,7 @@ static constexpr Reading kMeasureVsbPhaseJitter{
 };
 double clsKEL4x::MeasureVsbPhaseJitter() { return Read(kMeasureVsbPhaseJitter); }
 
-// MeasureVsbSignalToNoiseRatio
-// -------------------------------------------------------------------------------------
+// MeasureVsbSignalToNoiseRatio ------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbSignalToNoiseRatio{
     .texts = ReadTexts("MeasureVsbSignalToNoiseRatio"),
     .query = "READ:ATSC:SIGNAL:NOISE?",
@@ -251,24 +235,21 @@ static constexpr Reading kMeasureVsbSignalToNoiseRatio{
 };
 double clsKEL4x::MeasureVsbSignalToNoiseRatio() { return Read(kMeasureVsbSignalToNoiseRatio); }
 
-// MeasureResetBer
-// --------------------------------------------------------------------------------------------------
+// MeasureResetBer -------------------------------------------------------------------------------------------
 void clsKEL4x::MeasureResetBer() {
   static constexpr MemberTexts kTexts = MethodTexts("MeasureResetBer");
   status_.prefix = kNoStatus;
   Armed(kTexts, [this] { io_.ExchangeCommand("SENS:ATSC:BER:RES"); });
 }
 
-// MeasureBerBeforeRS
-// -----------------------------------------------------------------------------------------------
+// MeasureBerBeforeRS ----------------------------------------------------------------------------------------
 static constexpr Reading kMeasureBerBeforeRS{
     .texts = ReadTexts("MeasureBerBeforeRS"),
     .query = "READ:ATSC:BER:BRS?",
 };
 double clsKEL4x::MeasureBerBeforeRS() { return Read(kMeasureBerBeforeRS); }
 
-// MeasureBerAfterRS
-// ------------------------------------------------------------------------------------------------
+// MeasureBerAfterRS -----------------------------------------------------------------------------------------
 static constexpr Reading kMeasureBerAfterRS{
     .texts = ReadTexts("MeasureBerAfterRS"),
     .query = "READ:ATSC:BER:ARS?",
@@ -293,8 +274,7 @@ static constexpr Reading kMeasureMpegTsUnSync{
 };
 bool clsKEL4x::MeasureMpegTsUnSync() { return ReadLossOfLock(kMeasureMpegTsUnSync); }
 
-// MeasureSegErrRatio
-// -----------------------------------------------------------------------------------------------
+// MeasureSegErrRatio ----------------------------------------------------------------------------------------
 static constexpr Reading kMeasureSegErrRatio{
     .texts = ReadTexts("MeasureSegErrRatio"),
     .query = "READ:ATSC:SEGMENT:ERROR:RATIO?",
@@ -302,8 +282,7 @@ static constexpr Reading kMeasureSegErrRatio{
 };
 double clsKEL4x::MeasureSegErrRatio() { return Read(kMeasureSegErrRatio); }
 
-// MeasureSegErrPerSec
-// ----------------------------------------------------------------------------------------------
+// MeasureSegErrPerSec ---------------------------------------------------------------------------------------
 static constexpr Reading kMeasureSegErrPerSec{
     .texts = ReadTexts("MeasureSegErrPerSec"),
     .query = "READ:ATSC:SEGMENT:ERROR?",
@@ -321,8 +300,7 @@ double clsKEL4x::ReadPilotValue(const Reading& reading) {
   return ReadNumber(reading);
 }
 
-// MeasureVsbPvPilotValue
-// -------------------------------------------------------------------------------------------
+// MeasureVsbPvPilotValue ------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbPvPilotValue{
     .texts = ReadTexts("MeasureVsbPvPilotValue"),
     .query = "READ:ATSC:PVALUE?",
@@ -330,8 +308,7 @@ static constexpr Reading kMeasureVsbPvPilotValue{
 };
 double clsKEL4x::MeasureVsbPvPilotValue() { return ReadPilotValue(kMeasureVsbPvPilotValue); }
 
-// MeasureVsbPvAmplErr
-// ----------------------------------------------------------------------------------------------
+// MeasureVsbPvAmplErr ---------------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbPvAmplErr{
     .texts = ReadTexts("MeasureVsbPvAmplErr"),
     .query = "READ:ATSC:PERROR?",
@@ -339,8 +316,7 @@ static constexpr Reading kMeasureVsbPvAmplErr{
 };
 double clsKEL4x::MeasureVsbPvAmplErr() { return ReadPilotValue(kMeasureVsbPvAmplErr); }
 
-// MeasureVsbPvSigPilotRatio
-// ----------------------------------------------------------------------------------------
+// MeasureVsbPvSigPilotRatio ---------------------------------------------------------------------------------
 static constexpr Reading kMeasureVsbPvSigPilotRatio{
     .texts = ReadTexts("MeasureVsbPvSigPilotRatio"),
     .query = "READ:ATSC:SIGNAL:PILOT?",

@@ -57,8 +57,7 @@ std::int16_t LengthOf(const std::vector<std::uint8_t>& digits) {
 
 }  // namespace
 
-// ScreenShot
-// --------------------------------------------------------------------------------------------------------
+// ScreenShot ------------------------------------------------------------------------------------------------
 bool clsKEL4x::ScreenShot(KelScreenShotModes udtMode, std::vector<std::uint8_t>& bytBuffer) {
   static constexpr MemberTexts kGet = ReadTexts("ScreenShot");
   enum class Outcome { kRefused, kDone, kWrongPort, kBadBlock, kHeaderRead };

@@ -6,8 +6,7 @@
 
 namespace qkel4x {
 
-// AlarmStatistics
-// ---------------------------------------------------------------------------------------------------
+// AlarmStatistics -------------------------------------------------------------------------------------------
 std::shared_ptr<clsStatistics> clsKEL4x::AlarmStatistics() {
   static constexpr MemberTexts kGet = ReadTexts("AlarmStatistics");
   status_.prefix = kNoStatus;

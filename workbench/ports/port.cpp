@@ -43,8 +43,7 @@ Port::Port(std::shared_ptr<Services> services, std::string_view class_name, std:
   settings_->Initialise(group, 4, 3, "", "");
 }
 
-// Settings
-// -----------------------------------------------------------------------------------------------------
+// Settings --------------------------------------------------------------------------------------------------
 
 std::string Port::TextOf(std::string_view setting) const {
   return ValueText(settings_->Item(setting)->GetValue(-1, -1));
@@ -73,8 +72,7 @@ Parameter& Port::AddChoice(std::string_view name, std::string_view options, std:
   return static_cast<Parameter&>(*node);
 }
 
-// Opening and closing
-// ------------------------------------------------------------------------------------------
+// Opening and closing ---------------------------------------------------------------------------------------
 
 void Port::OnLine(bool on_line) {
   if (!on_line) lost_.clear();
@@ -113,8 +111,7 @@ void Port::Timeout(float seconds) {
   timeout_ = static_cast<double>(seconds);
 }
 
-// Transfers
-// ----------------------------------------------------------------------------------------------------
+// Transfers -------------------------------------------------------------------------------------------------
 
 void Port::Write(std::string_view command) {
   Transfer transfer(TransferRecord::Kind::kWrite, command, timeout_, Host().runtime);
@@ -476,8 +473,7 @@ void Port::DropBuffer() {
   if (buffer_.size() > kLargestKeptBuffer) std::vector<char>().swap(buffer_);
 }
 
-// Reports
-// ------------------------------------------------------------------------------------------------------
+// Reports ---------------------------------------------------------------------------------------------------
 
 void Port::Report(const Transfer& transfer, TransferRecord::Kind kind, std::string_view received,
                   std::int32_t number, std::string_view error) const {
