@@ -60,14 +60,12 @@ class QKEL4X_EXPORT clsKEL4x final : public host::IDriverSetup, public host::IDr
 
   // Last reply and reset: core/ -----------------------------------------------------------------------------
 
-  const std::string& ResponseString() const {
-    return status_.response;
-  }  ///< the last decoded reply as received
+  /// The last decoded reply as received.
+  const std::string& ResponseString() const { return status_.response; }
   /// Status word of the last reply: "<", ">", "*", "---", "UNDER", "OVER", "NORF" or empty.
   const std::string& Prefix() const { return status_.prefix; }
-  const std::string& Postfix() const {
-    return status_.postfix;
-  }              ///< remark of the last reply from its "(" on
+  /// Remark of the last reply from its "(" on.
+  const std::string& Postfix() const { return status_.postfix; }
   void Reset();  ///< restarts the instrument; takes 15 s
 
   // Identity and installed hardware: identify/ --------------------------------------------------------------
