@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <mutex>
 #include <ostream>
 #include <set>
 #include <string>
@@ -310,8 +311,10 @@ TEST_P(BusTest, WhatStandsBehindABlockNeverAnswersTheNextQuery) {
                                             "\n" + std::string(300, 'x') + "\nSTALE\n",
                                             std::string(70000, 'x') + "\n"};
   const std::vector<std::string> headers = {"#210", "#3122", "#45000", "#532000"};
+  std::mutex mutex;
   std::string reply;
-  Bench bench(GetParam(), [&reply](std::string_view line, Wire& wire) {
+  Bench bench(GetParam(), [&mutex, &reply](std::string_view line, Wire& wire) {
+    const std::lock_guard lock(mutex);
     wire.Send(line == "BLOCK?" ? reply : std::string(NumberOf(line)) + "\n");
   });
   auto& blocks = *bench.port->Blocks();
@@ -319,7 +322,10 @@ TEST_P(BusTest, WhatStandsBehindABlockNeverAnswersTheNextQuery) {
     const std::size_t size = std::stoul(header.substr(2));
     for (const std::string& behind : surplus) {
       if (GetParam() != Bus::kTcp && (behind.size() > 1000 || size == 5000)) continue;
-      reply = header + std::string(size, '\n') + behind;
+      {
+        const std::lock_guard lock(mutex);
+        reply = header + std::string(size, '\n') + behind;
+      }
       EXPECT_EQ(blocks.ReadBlock(1, "BLOCK?"), std::vector<std::uint8_t>{'#'});
       const auto rest = static_cast<std::int16_t>(header.size() - 1 + size);
       EXPECT_EQ(blocks.ReadBlock(rest, std::nullopt).back(), '\n');
