@@ -10,8 +10,6 @@
 
 #include "simulator/channel.h"
 #include "simulator/number_text.h"
-#include "simulator/pcx.h"
-#include "simulator/screen.h"
 
 namespace simulator {
 namespace {
@@ -387,23 +385,18 @@ void CaptureScreen(Model& model, std::string& reply) {
     reply.push_back('1');
     return;
   }
-  // What is drawn changes with the state and the measurement interval only.
-  if (model.screen.empty() || model.screen_revision != model.Revision() ||
-      model.screen_interval != model.Interval()) {
-    model.screen = EncodePcx(DrawScreen(model));
-    model.screen_revision = model.Revision();
-    model.screen_interval = model.Interval();
-  }
+  model.CaptureScreen();
   reply.push_back('0');
 }
 
 // A definite-length block of IEEE 488.2; one of length 0 before the first capture.
 void GetScreen(Model& model, std::string& reply) {
+  const std::string& screen = model.Screen();
   std::string length;
-  AppendInteger(length, static_cast<long long>(model.screen.size()));
+  AppendInteger(length, static_cast<long long>(screen.size()));
   reply.push_back('#');
   AppendInteger(reply, static_cast<long long>(length.size()));
-  reply.append(length).append(model.screen);
+  reply.append(length).append(screen);
 }
 
 // System ---------------------------------------------------------------------

@@ -52,21 +52,21 @@ class Instrument::Interpreter {
   Interpreter(Configuration configuration, std::function<double()> now_seconds)
       : model_(std::move(configuration), std::move(now_seconds)) {}
 
-  void Execute(std::string_view line, Answer& answer) {
-    answer.has_reply = false;
-    answer.bytes.clear();
+  /// Executes commands off the front of `rest`, at least one, until it is empty or `enough()` after one of
+  /// them. What belongs to the line and not to a command stands in `path` and `answer`.
+  template <class Enough>
+  void Execute(std::string_view& rest, int& path, Answer& answer, const Enough& enough) {
     model_.Advance();
-    int path = HeaderTree::kRoot;
-    while (!line.empty()) {
-      const std::string_view unit = Trimmed(TakePiece(line, ';'));
-      if (unit.empty()) continue;
-      const ScpiError error = ExecuteUnit(unit, path, answer);
+    while (!rest.empty()) {
+      const std::string_view unit = Trimmed(TakePiece(rest, ';'));
+      const ScpiError error = unit.empty() ? ScpiError::kNone : ExecuteUnit(unit, path, answer);
       if (error != ScpiError::kNone) model_.Fail(error);
       if (answer.bytes.size() > kReplyLimit) {
         answer = {};
         model_.Fail(ScpiError::kQueryDeadlocked);
-        return;
+        rest = {};
       }
+      if (enough()) return;
     }
   }
 
@@ -164,7 +164,27 @@ Instrument::Answer Instrument::Execute(std::string_view line) {
   return answer;
 }
 
-void Instrument::Execute(std::string_view line, Answer& answer) { interpreter_->Execute(line, answer); }
+void Instrument::Execute(std::string_view line, Answer& answer) {
+  answer.has_reply = false;
+  answer.bytes.clear();
+  int path = HeaderTree::kRoot;
+  interpreter_->Execute(line, path, answer, [] { return false; });
+}
+
+void Instrument::Begin(std::string_view line, Execution& execution) {
+  execution.rest = line;
+  execution.path = HeaderTree::kRoot;
+  execution.executed = 0;
+  execution.answer.has_reply = false;
+  execution.answer.bytes.clear();
+}
+
+bool Instrument::Continue(Execution& execution, std::chrono::steady_clock::time_point until) {
+  interpreter_->Execute(execution.rest, execution.path, execution.answer, [&] {
+    return ++execution.executed >= kCommandsTogether && std::chrono::steady_clock::now() >= until;
+  });
+  return execution.rest.empty();
+}
 
 void Instrument::InputOverrun() { interpreter_->State().Fail(ScpiError::kInputBufferOverrun); }
 

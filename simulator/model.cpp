@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "simulator/number_text.h"
+#include "simulator/pcx.h"
+#include "simulator/screen.h"
 
 namespace simulator {
 namespace {
@@ -143,7 +145,7 @@ void Model::Preset() {
 
 void Model::ReplaceSignal(Signal signal) {
   configuration_.signal = std::move(signal);
-  response_known_ = false;
+  response_.reset();
   Changed(Effect::kSignal);
 }
 
@@ -156,11 +158,24 @@ const Reception& Model::Received() {
 }
 
 const ChannelResponse& Model::Response() {
-  if (!response_known_) {
-    response_ = ResponseOf(configuration_.signal);
-    response_known_ = true;
-  }
-  return response_;
+  if (!response_) response_ = std::make_shared<const ChannelResponse>(ResponseOf(configuration_.signal));
+  return *response_;
+}
+
+void Model::CaptureScreen() {
+  // What is shown changes with the state and the measurement interval only.
+  if (screen_revision_ == revision_ && screen_interval_ == Interval()) return;
+  captured_.reset();
+  screen_.clear();
+  Response();  // computed once, not in every copy
+  captured_ = std::make_shared<Model>(*this);
+  screen_revision_ = revision_;
+  screen_interval_ = Interval();
+}
+
+const std::string& Model::Screen() {
+  if (captured_) screen_ = EncodePcx(DrawScreen(*std::exchange(captured_, nullptr)));
+  return screen_;
 }
 
 std::uint64_t Model::Interval() const {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "simulator/alarm_statistics.h"
@@ -60,16 +61,14 @@ class Model {
   const Readings& Current();
 
   const ChannelResponse& Response();
+  /// Keeps the present state as what the screen shows from now on. Drawing waits until somebody wants the
+  /// picture: captures are cheap, however many a line holds.
+  void CaptureScreen();
+  /// The screen of the last capture as PCX; empty before the first.
+  const std::string& Screen();
   AlarmStatistics& Alarms() { return alarms_; }
-  /// Counts every change of settings, signal or state.
-  std::uint64_t Revision() const { return revision_; }
   /// The number of the present measurement interval.
   std::uint64_t Interval() const;
-
-  /// The screen as the last capture left it, encoded as PCX; empty before the first.
-  std::string screen;
-  std::uint64_t screen_revision = 0;
-  std::uint64_t screen_interval = 0;
 
   void RestartBer() { ber_start_ = now_; }
   /// Bits in the present bit error window.
@@ -103,7 +102,7 @@ class Model {
   double calendar_offset_ = 0.0;
 
   AlarmStatistics alarms_;
-  std::uint64_t revision_ = 1;
+  std::uint64_t revision_ = 1;  ///< counts every change of settings, signal or state
 
   bool equalizer_stale_ = false;
   bool reception_known_ = false;
@@ -111,8 +110,12 @@ class Model {
   bool readings_known_ = false;
   std::uint64_t interval_ = 0;
   Readings readings_;
-  bool response_known_ = false;
-  ChannelResponse response_;
+  std::shared_ptr<const ChannelResponse> response_;
+
+  std::shared_ptr<Model> captured_;  ///< what the screen shows, until it is drawn
+  std::string screen_;
+  std::uint64_t screen_revision_ = 0;
+  std::uint64_t screen_interval_ = 0;
 };
 
 }  // namespace simulator

@@ -52,8 +52,8 @@ class PtyServer::Service {
     if (::tcsetattr(terminal, TCSANOW, &mode) != 0) Refuse("Cannot set up the pseudo-terminal " + path_);
     master_.non_blocking(true);
     if (!options_.link.empty()) MakeLink();
-    session_ = std::make_shared<TerminalSession>(std::move(master_), instrument, options_.longest_line,
-                                                 kStall, [] {});
+    session_ = std::make_shared<TerminalSession>(std::move(master_), instrument, backlog_,
+                                                 options_.longest_line, kStall, [] {});
     session_->Start();
     thread_ = std::thread([this] { context_.run(); });
   }
@@ -93,6 +93,7 @@ class PtyServer::Service {
   const PtyServerOptions options_;
   std::string path_;
   asio::io_context context_{1};
+  Backlog backlog_{context_};
   asio::posix::stream_descriptor master_;
   asio::posix::stream_descriptor terminal_;
   std::shared_ptr<TerminalSession> session_;

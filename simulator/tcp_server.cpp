@@ -17,6 +17,10 @@ namespace simulator {
 
 using asio::ip::tcp;
 
+namespace {
+constexpr int kSocketBuffer = 65'536;
+}  // namespace
+
 class TcpServer::Service {
  public:
   Service(SharedInstrument& instrument, TcpServerOptions options)
@@ -27,6 +31,9 @@ class TcpServer::Service {
       const tcp::endpoint endpoint(address, options_.port);
       acceptor_.open(endpoint.protocol(), error);
       if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
+      // What clients send and do not fetch stays small in the system as well; sockets inherit both.
+      if (!error) acceptor_.set_option(asio::socket_base::receive_buffer_size(kSocketBuffer), error);
+      if (!error) acceptor_.set_option(asio::socket_base::send_buffer_size(kSocketBuffer), error);
       if (!error) acceptor_.bind(endpoint, error);
       if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
     }
@@ -101,8 +108,9 @@ class TcpServer::Service {
     socket.non_blocking(true, error);
     if (error) return;
     ++clients_;
-    const auto session = std::make_shared<TcpSession>(std::move(socket), instrument_, options_.longest_line,
-                                                      options_.stall, [this] { --clients_; });
+    const auto session =
+        std::make_shared<TcpSession>(std::move(socket), instrument_, backlog_, options_.longest_line,
+                                     options_.stall, [this] { --clients_; });
     sessions_.Add(session);
     session->Start();
   }
@@ -112,6 +120,7 @@ class TcpServer::Service {
   std::atomic<std::size_t> clients_ = 0;
   Sessions sessions_;
   asio::io_context context_{1};
+  Backlog backlog_{context_};
   tcp::acceptor acceptor_;
   asio::steady_timer pause_;
   std::uint16_t port_ = 0;

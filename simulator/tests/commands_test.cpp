@@ -436,6 +436,38 @@ TEST(LineTest, TooMuchReplyIsDroppedWithAnError) {
   EXPECT_EQ(bench.Error(), "-430,\"Query DEADLOCKED\"");
 }
 
+TEST(LineTest, IsTheSameInPieces) {
+  std::string deadlock = "READ:SCREEN:BUFFER?;*CLS";
+  for (int i = 0; i < 100; ++i) deadlock += ";:READ:BUFFER:PCX?";
+  const std::string lines[] = {
+      "",
+      ";;;;;;;;;;;;;",
+      "*IDN?",
+      "SENS:ATSC:NOIS 21;NOIS?;EQU OFF;EQU?;:UNIT:LEV:POW DBUV;POW?;SENS:ATSC:EQU?;NOIS:MODE "
+      "ON;MODE?;BW?;MODE?",
+      "SENS:ATSC:EQU:MODE REAL;;NONSENSE;MODE?;*OPC?;MODE?;1,2;\";\";MODE?;ADAP "
+      "FAST;ADAP?;SYST:ERR?;ERR?;ERR?",
+      deadlock + ";:SENS:ATSC:EQU OFF",
+      "SENS:ATSC:EQU?;:SYST:ERR?",
+  };
+  Configuration configuration;
+  configuration.clock_start = 0;
+  Bench whole(configuration);
+  Bench pieces(configuration);
+  for (const std::string& line : lines) EXPECT_EQ(pieces.AskInPieces(line), whole.Ask(line)) << line;
+  EXPECT_EQ(pieces.Error(), whole.Error());
+}
+
+TEST(LineTest, EightCommandsAreNotTornApart) {
+  Bench bench;
+  int pieces = 0;
+  EXPECT_EQ(bench.AskInPieces("*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?", &pieces), "1;1;1;1;1;1;1;1");
+  EXPECT_EQ(pieces, 1);
+  EXPECT_EQ(bench.AskInPieces("*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?;*OPC?", &pieces),
+            "1;1;1;1;1;1;1;1;1;1");
+  EXPECT_EQ(pieces, 3);
+}
+
 // Whatever arrives, the instrument stays sane: fragments of real commands in any mixture with junk.
 TEST(LineTest, SurvivesAnything) {
   Bench bench;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <charconv>
+#include <chrono>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -47,6 +48,15 @@ class Bench {
   std::string Ask(std::string_view line) {
     const Instrument::Answer answer = instrument_.Execute(line);
     return answer.has_reply ? answer.bytes : std::string(kNoReply);
+  }
+  /// The same for a line that pauses wherever it may, and how many pieces that made.
+  std::string AskInPieces(std::string_view line, int* pieces = nullptr) {
+    Instrument::Execution execution;
+    Instrument::Begin(line, execution);
+    int count = 1;
+    while (!instrument_.Continue(execution, std::chrono::steady_clock::time_point::min())) ++count;
+    if (pieces != nullptr) *pieces = count;
+    return execution.answer.has_reply ? execution.answer.bytes : std::string(kNoReply);
   }
   double Number(std::string_view query) { return NumberIn(Ask(query)); }
   std::string Error() { return Ask("SYST:ERR?"); }

@@ -139,6 +139,20 @@ TEST(ScreenTest, ShowsTheReadingsOfTheMomentOfCapture) {
   EXPECT_NE(bench.Ask("READ:BUFFER:PCX?"), first);
 }
 
+TEST(ScreenTest, ShowsNothingOfWhatCameBetweenCaptureAndFetch) {
+  Configuration configuration;
+  configuration.clock_start = 0;
+  Bench bench(configuration);
+  Bench other(configuration);
+  for (Bench* const each : {&bench, &other}) {
+    each->Enter("APH");
+    each->Ask("READ:SCREEN:BUFFER?");
+  }
+  other.Ask("SENS:ATSC:NOISE  15;NOISE:MODE ON;:SYST:REM;:SENS:FREQ:CENT 600 MHZ;:SENS:ATSC:MEAS EPAT");
+  other.Wait(100.0);
+  EXPECT_EQ(other.Ask("READ:BUFFER:PCX?"), bench.Ask("READ:BUFFER:PCX?"));
+}
+
 TEST(ScreenTest, ChangesWithTheRemoteState) {
   Bench bench;
   bench.Ask("READ:SCREEN:BUFFER?");

@@ -1,10 +1,6 @@
 // Both servers with real sockets and terminals.
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -17,83 +13,10 @@
 
 #include "simulator/pty_server.h"
 #include "simulator/tcp_server.h"
+#include "simulator/tests/client.h"
 
 namespace simulator {
 namespace {
-
-constexpr int kPatienceMs = 10'000;
-
-// A plain blocking client of a descriptor.
-class Client {
- public:
-  explicit Client(int descriptor) : descriptor_(descriptor) {}
-  explicit Client(std::uint16_t port, int receive_buffer = 0)
-      : descriptor_(::socket(AF_INET, SOCK_STREAM, 0)) {
-    if (receive_buffer > 0) {
-      ::setsockopt(descriptor_, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
-    }
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    connected_ = ::connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  }
-  ~Client() { ::close(descriptor_); }
-  Client(const Client&) = delete;
-  Client& operator=(const Client&) = delete;
-
-  bool Connected() const { return connected_; }
-
-  bool Send(std::string_view bytes) {
-    while (!bytes.empty()) {
-      pollfd ready{descriptor_, POLLOUT, 0};
-      if (::poll(&ready, 1, kPatienceMs) <= 0) return false;
-      const ssize_t sent = ::write(descriptor_, bytes.data(), bytes.size());
-      if (sent <= 0) return false;
-      bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
-    return true;
-  }
-
-  // As much as can be sent at once without waiting for the other side.
-  std::size_t SendWhatFits(std::string_view bytes) {
-    std::size_t total = 0;
-    while (total < bytes.size()) {
-      const ssize_t sent =
-          ::send(descriptor_, bytes.data() + total, bytes.size() - total, MSG_DONTWAIT | MSG_NOSIGNAL);
-      if (sent <= 0) break;
-      total += static_cast<std::size_t>(sent);
-    }
-    return total;
-  }
-
-  // The next line without its line feed; "(end)" when the other side closed, "(silence)" when nothing came.
-  std::string Line() {
-    for (;;) {
-      const std::size_t end = received_.find('\n');
-      if (end != std::string::npos) {
-        std::string line = received_.substr(0, end);
-        received_.erase(0, end + 1);
-        return line;
-      }
-      pollfd ready{descriptor_, POLLIN, 0};
-      if (::poll(&ready, 1, kPatienceMs) <= 0) return "(silence)";
-      char chunk[4096];
-      const ssize_t size = ::read(descriptor_, chunk, sizeof chunk);
-      if (size <= 0) return "(end)";
-      received_.append(chunk, static_cast<std::size_t>(size));
-    }
-  }
-
-  std::string Ask(std::string_view query) { return Send(query) ? Line() : "(cannot send)"; }
-
- private:
-  int descriptor_;
-  bool connected_ = true;
-  std::string received_;
-};
-
-constexpr std::string_view kIdentity = "HALVERN&TOSKE,KEL 40,100123,5.10";
 
 std::size_t ResidentBytes() {
   std::ifstream statm("/proc/self/statm");
@@ -209,6 +132,54 @@ TEST_F(ServerTest, AClientThatReadsNothingIsDroppedInTheEnd) {
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   EXPECT_EQ(server.Clients(), 0U);
+}
+
+TEST_F(ServerTest, AClientThatReadsSlowlyIsNotDropped) {
+  TcpServerOptions options;
+  options.stall = std::chrono::milliseconds(400);
+  TcpServer server(instrument_, options);
+  Client slow(server.Port(), 4096);
+  constexpr int kQueries = 20'000;
+  std::string queries;
+  for (int i = 0; i < kQueries; ++i) queries += "*IDN?\n";
+  std::thread sender([&] { slow.Send(queries); });
+  // Longer than the stall time altogether, but never so long without taking anything.
+  for (int i = 0; i < 40; ++i) {
+    for (int line = 0; line < kQueries / 40; ++line) ASSERT_EQ(slow.Line(), kIdentity) << i;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  sender.join();
+  EXPECT_EQ(slow.Ask("*OPC?\n"), "1");
+}
+
+TEST_F(ServerTest, RepliesKeepTheOrderOfTheLinesAroundALongOne) {
+  TcpServer server(instrument_);
+  Client client(server.Port());
+  std::string line = "*OPC?";
+  std::string reply = "1";
+  while (line.size() < 60'000) {
+    line += ";*OPC?";
+    reply += ";1";
+  }
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_TRUE(client.Send("*IDN?\n" + line + "\n*TST?\n"));
+    EXPECT_EQ(client.Line(), kIdentity);
+    EXPECT_EQ(client.Line(), reply);
+    EXPECT_EQ(client.Line(), "0");
+  }
+}
+
+TEST_F(ServerTest, StopsInTheMiddleOfALongLine) {
+  std::string line;
+  while (line.size() < 65'000) line += ":SENS:ATSC:NOIS 20;:READ:SIGN:RF?;:READ:SCR:BUFF?;";
+  for (int i = 0; i < 5; ++i) {
+    TcpServer server(instrument_);
+    Client client(server.Port());
+    ASSERT_TRUE(client.Send(line + "\n"));
+    server.Stop();
+    EXPECT_EQ(server.Clients(), 0U);
+    EXPECT_EQ(client.Line(), "(end)");
+  }
 }
 
 TEST_F(ServerTest, StoppingClosesTheConnectionsAndThePort) {
