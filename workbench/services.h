@@ -2,20 +2,29 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
+#include <memory>
+#include <utility>
 
 #include "workbench/error_reporter.h"
+#include "workbench/ports/link.h"
 #include "workbench/runtime.h"
 #include "workbench/transfer_observer.h"
 
 namespace workbench {
 
+/// Puts something between a port and its link.
+using LinkWrapper = std::function<std::unique_ptr<Link>(std::unique_ptr<Link>)>;
+
 /// Held together by the workbench and its ports, so that a port may outlive the workbench.
 struct Services {
-  explicit Services(Runtime::Clock clock) : runtime(clock) {}
+  explicit Services(Runtime::Clock clock, LinkWrapper wrapper = {})
+      : runtime(clock), wrap_link(std::move(wrapper)) {}
 
   Runtime runtime;
   ErrorReporter errors;
   std::atomic<TransferObserver*> observer{nullptr};
+  const LinkWrapper wrap_link;  ///< empty for none
 };
 
 }  // namespace workbench

@@ -33,8 +33,8 @@ struct Workbench::Instruments {
 
 Workbench::Workbench(Options options)
     : options_(std::move(options)),
-      services_(std::make_shared<Services>(options_.virtual_clock ? Runtime::Clock::kVirtual
-                                                                  : Runtime::Clock::kReal)),
+      services_(std::make_shared<Services>(
+          options_.virtual_clock ? Runtime::Clock::kVirtual : Runtime::Clock::kReal, options_.wrap_link)),
       runtime_(&services_->runtime),
       instruments_(std::make_shared<Instruments>()) {
   instruments_->configuration = options_.simulator;

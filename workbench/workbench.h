@@ -15,11 +15,10 @@
 #include "workbench/parameters/parameter.h"
 #include "workbench/ports/serial_link.h"
 #include "workbench/runtime.h"
+#include "workbench/services.h"
 #include "workbench/transfer_observer.h"
 
 namespace workbench {
-
-struct Services;
 
 /// Makes a transport.
 using TransportFactory = std::function<std::shared_ptr<host::Transport>()>;
@@ -35,6 +34,8 @@ struct Options {
   bool virtual_com1 = true;
   /// The instruments behind the front panel.
   simulator::Configuration simulator{};
+  /// Wraps each link when it opens, so that faults can be put between a port and its instrument.
+  LinkWrapper wrap_link{};
 };
 
 /// A complete host. Any thread may call any member; a driver object with its transport and its settings

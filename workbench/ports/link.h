@@ -48,6 +48,8 @@ class Link {
   virtual Attempt Send(std::string_view rest) = 0;
   /// Receives what there is, as far as it fits.
   virtual Attempt Receive(std::span<char> into) = 0;
+  /// The same, without fetching anything from an instrument that must be asked for it.
+  virtual Attempt ReceiveUnasked(std::span<char> into) { return Receive(into); }
   /// Why the last attempt or Clear failed.
   virtual std::string Fault() const = 0;
 

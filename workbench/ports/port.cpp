@@ -18,6 +18,7 @@ constexpr std::size_t kLargestKeptBuffer = 64UL * 1024UL;
 constexpr std::size_t kBlockStart = 128;  // the header of a block, or the error text in its place
 constexpr std::size_t kTerminator = 16;   // the terminator of a block, and a little more
 constexpr std::size_t kLongestTail = 512;
+constexpr double kTail = 0.25;  // seconds that the end mark of a complete block may take
 constexpr std::chrono::milliseconds kPause{10};
 constexpr double kGoodbye = 0.2;  // seconds that giving the instrument back may take
 constexpr double kDoubt =
@@ -85,7 +86,7 @@ void Port::OnLine(bool on_line) {
     return;
   }
   try {
-    link_ = Open(deadline);
+    Connect(deadline);
   } catch (const host::AutomationError& error) {
     ReportState(TransferRecord::Kind::kOpened, deadline, error.Number(), error.Description());
     throw;
@@ -95,6 +96,11 @@ void Port::OnLine(bool on_line) {
   block_.Forget();
   lost_.clear();
   ReportState(TransferRecord::Kind::kOpened, deadline, 0, {});
+}
+
+void Port::Connect(const Deadline& deadline) {
+  link_ = Open(deadline);
+  if (services_->wrap_link) link_ = services_->wrap_link(std::move(link_));
 }
 
 void Port::NotOpened(std::string_view what, std::string_view why) const {
@@ -260,7 +266,7 @@ void Port::Resynchronise(Transfer& transfer) {
     link_.reset();
     const Deadline reopening(std::min(OpenTimeout(), transfer.deadline.Remaining()), Host().runtime);
     try {
-      link_ = Open(reopening);
+      Connect(reopening);
     } catch (const host::AutomationError& error) {
       ReportState(TransferRecord::Kind::kOpened, reopening, error.Number(), error.Description());
       throw;
@@ -321,7 +327,9 @@ std::size_t Port::ReceiveInto(Transfer& transfer, std::span<char> into) {
       return attempt.bytes;
     }
     if (attempt.outcome == Attempt::Outcome::kSilent) {
-      Fail(transfer, host::kLinkTimeout, "no reply, and none will come");
+      Fail(transfer, host::kLinkTimeout,
+           transfer.received == 0 ? "no reply, and none will come"
+                                  : "only a part of the reply came, and no more will");
     }
     if (attempt.outcome == Attempt::Outcome::kClosed && transfer.received > 0) {
       lost_ = "the other end closed the connection";
@@ -342,7 +350,8 @@ void Port::CheckDeadline(Transfer& transfer) {
        transfer.received == 0 ? "no reply" + within : "only a part of the reply came" + within);
 }
 
-void Port::ReceiveMore(Transfer& transfer, std::size_t at_most) {
+/// Where the next bytes go, behind those that were not consumed.
+std::span<char> Port::MakeRoom() {
   if (begin_ == end_) {
     begin_ = end_ = 0;
   } else if (end_ == buffer_.size() && begin_ > 0) {
@@ -351,7 +360,11 @@ void Port::ReceiveMore(Transfer& transfer, std::size_t at_most) {
     begin_ = 0;
   }
   if (end_ == buffer_.size()) buffer_.resize(std::max(kFirstBuffer, buffer_.size() * 2));
-  const std::span<char> room = std::span(buffer_).subspan(end_);
+  return std::span(buffer_).subspan(end_);
+}
+
+void Port::ReceiveMore(Transfer& transfer, std::size_t at_most) {
+  const std::span<char> room = MakeRoom();
   end_ += ReceiveInto(transfer, room.first(std::min(at_most, room.size())));
 }
 
@@ -408,7 +421,7 @@ void Port::WatchForSecondReply(Transfer& transfer) {
   const Deadline watch(std::min(kDoubt, transfer.deadline.Remaining()), Host().runtime);
   bool second = std::ranges::count(Unread(), '\n') > 1 || (!Unread().empty() && Unread().back() != '\n');
   while (!second && !watch.Expired() && !watch.Interrupted()) {
-    const Attempt attempt = link_->Receive(more);
+    const Attempt attempt = link_->ReceiveUnasked(more);
     if (attempt.outcome == Attempt::Outcome::kRefused) {
       Fail(transfer, host::kLinkSendFailed, "the command could not be delivered: " + link_->Fault());
     }
@@ -460,12 +473,19 @@ std::vector<std::uint8_t> Port::ReceiveBytes(Transfer& transfer, std::size_t cou
 }
 
 /// Where the bus marks the end of a message, the instrument keeps the terminator of a block until it is
-/// fetched.
+/// fetched. A block that is complete does not fail for want of that mark; the port is then cleared before the
+/// next text.
 void Port::FetchTail(Transfer& transfer) {
-  while (!message_ended_ && Unread().size() < kLongestTail) {
-    ReceiveMore(transfer);
-    CheckDeadline(transfer);
+  const Deadline tail(std::min(kTail, transfer.deadline.Remaining()), Host().runtime);
+  while (!message_ended_ && Unread().size() < kLongestTail && !tail.Expired() && !tail.Interrupted()) {
+    const std::span<char> room = MakeRoom();
+    const Attempt attempt = link_->Receive(room);
+    if (attempt.outcome != Attempt::Outcome::kDone && attempt.outcome != Attempt::Outcome::kNothingYet) break;
+    end_ += attempt.bytes;
+    transfer.received += attempt.bytes;
+    message_ended_ = attempt.end;
   }
+  if (!message_ended_) MarkDirty();
 }
 
 void Port::DropBuffer() {

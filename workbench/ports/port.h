@@ -80,6 +80,7 @@ class Port : public host::Transport, public host::BlockTransfer {
  private:
   struct Transfer;
 
+  void Connect(const Deadline& deadline);
   void Begin(Transfer& transfer);
   void LeaveBlock();
   void MakeReady(Transfer& transfer);
@@ -88,6 +89,7 @@ class Port : public host::Transport, public host::BlockTransfer {
   void Resynchronise(Transfer& transfer);
   void SendText(Transfer& transfer);
   std::size_t ReceiveInto(Transfer& transfer, std::span<char> into);
+  std::span<char> MakeRoom();
   void ReceiveMore(Transfer& transfer, std::size_t at_most = kLongestLine);
   std::string_view ReceiveLine(Transfer& transfer);
   void FinishLine(Transfer& transfer, std::string_view line);

@@ -14,8 +14,9 @@
 
 namespace workbench::test {
 
-enum class Bus { kTcp, kSerial, kLibrary, kAdapter };
-inline constexpr Bus kBuses[] = {Bus::kTcp, Bus::kSerial, Bus::kLibrary, Bus::kAdapter};
+enum class Bus { kTcp, kSerial, kLibrary, kAdapter, kSerialAdapter, kFrontPanel };
+inline constexpr Bus kBuses[] = {Bus::kTcp,     Bus::kSerial,        Bus::kLibrary,
+                                 Bus::kAdapter, Bus::kSerialAdapter, Bus::kFrontPanel};
 
 inline std::string NameOf(Bus bus) {
   switch (bus) {
@@ -27,6 +28,10 @@ inline std::string NameOf(Bus bus) {
       return "GpibLibrary";
     case Bus::kAdapter:
       return "GpibAdapter";
+    case Bus::kSerialAdapter:
+      return "GpibSerialAdapter";
+    case Bus::kFrontPanel:
+      return "FrontPanel";
   }
   return {};
 }
@@ -67,6 +72,17 @@ class Bench {
         peer = std::make_unique<AdapterPeer>(std::move(script));
         class_name = "QPort.clsGPIB";
         break;
+      case Bus::kSerialAdapter:
+        peer = std::make_unique<SerialAdapterPeer>(std::move(script));
+        class_name = "QPort.clsGPIB";
+        break;
+      case Bus::kFrontPanel: {
+        auto panel = std::make_unique<FrontPanelPeer>(std::move(script));
+        options.wrap_link = panel->Between();
+        peer = std::move(panel);
+        class_name = "QPort.clsGUI";
+        break;
+      }
     }
     host = std::make_unique<Workbench>(options);
     port = host->CreateTransport(class_name);

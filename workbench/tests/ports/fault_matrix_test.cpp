@@ -66,9 +66,17 @@ const std::vector<Fault>& Faults() {
       {"Trickle", [](Wire& wire) { SendBytewise(wire, "FAULT-FAULT\n", 60ms); }, kTimedOut, {}},
       {"Late", [](Wire& wire) { wire.Pause(450ms), wire.Send("FAULT\n"); }, kTimedOut, {}},
       {"Silent", [](Wire&) {}, kTimedOut, {}},
-      {"Cut", [](Wire& wire) { wire.Send("FAU"); }, kTimedOut, {{Bus::kLibrary, {{0}, "FAU"}}}},
+      {"Cut", [](Wire& wire) { wire.Send("FAU"); }, kTimedOut, {}},
       {"CutAndLate",
        [](Wire& wire) { wire.Send("FAU"), wire.Pause(400ms), wire.Send("LT\n"); },
+       kTimedOut,
+       {}},
+      {"MarkInsteadOfTerminator",
+       [](Wire& wire) { wire.SendAndMark("FAULT"); },
+       kTimedOut,
+       {{Bus::kLibrary, kReply}}},
+      {"GarbageWithoutEnd",
+       [](Wire& wire) { wire.Send(std::string_view("\x80\0\xfe#9+\x1b++\r\r;", 13)); },
        kTimedOut,
        {}},
       {"WrongTerminator", [](Wire& wire) { wire.Send("FAULT\r"); }, kTimedOut, {{Bus::kLibrary, kReply}}},
@@ -87,13 +95,17 @@ const std::vector<Fault>& Faults() {
        // A pseudo-terminal and a bus in slices do not carry a mebibyte within the time-out for certain.
        {{Bus::kSerial, {{2012, 2013}, ""}},
         {Bus::kLibrary, {{2012, 2013}, ""}},
-        {Bus::kAdapter, {{2012, 2013}, ""}}}},
-      {"Closed", [](Wire& wire) { wire.Close(); }, kTimedOut, {{Bus::kTcp, kLost}}},
+        {Bus::kAdapter, {{2012, 2013}, ""}},
+        {Bus::kSerialAdapter, {{2012, 2013}, ""}}}},
+      {"Closed",
+       [](Wire& wire) { wire.Close(); },
+       kTimedOut,
+       {{Bus::kTcp, kLost}, {Bus::kFrontPanel, kLost}}},
       {"CutAndClosed",
        [](Wire& wire) { wire.Send("FAU"), wire.Pause(20ms), wire.Close(); },
        kTimedOut,
-       {{Bus::kTcp, kBadReply}, {Bus::kLibrary, {{0}, "FAU"}}}},
-      {"Reset", [](Wire& wire) { wire.Reset(); }, kTimedOut, {{Bus::kTcp, kLost}}},
+       {{Bus::kTcp, kBadReply}, {Bus::kFrontPanel, kBadReply}}},
+      {"Reset", [](Wire& wire) { wire.Reset(); }, kTimedOut, {{Bus::kTcp, kLost}, {Bus::kFrontPanel, kLost}}},
       {"ReplyAndReset", [](Wire& wire) { wire.Send("FAULT\n"), wire.Pause(20ms), wire.Reset(); }, kReply, {}},
   };
   return faults;
@@ -162,10 +174,10 @@ std::string CaseName(const testing::TestParamInfo<std::tuple<Bus, std::size_t>>&
 }
 
 INSTANTIATE_TEST_SUITE_P(AllBuses, FaultMatrixTest,
-                         testing::Combine(testing::ValuesIn(kBuses), testing::Range<std::size_t>(0, 20)),
+                         testing::Combine(testing::ValuesIn(kBuses), testing::Range<std::size_t>(0, 22)),
                          CaseName);
 
-TEST(FaultMatrixCaseTest, TheRangeCoversTheTable) { EXPECT_EQ(Faults().size(), 20U); }
+TEST(FaultMatrixCaseTest, TheRangeCoversTheTable) { EXPECT_EQ(Faults().size(), 22U); }
 
 class BusTest : public testing::TestWithParam<Bus> {};
 
@@ -177,6 +189,22 @@ TEST_P(BusTest, ReplyHeldBackUntilTheNextQueryNeverAnswersIt) {
       return;
     }
     wire.Send((held.exchange(false) ? "FAULT\n" : "") + std::string(NumberOf(line)) + "\n");
+  });
+  bench.port->Timeout(kTimeout);
+  EXPECT_EQ(ErrorOf([&] { bench.port->Query("FAULT?"); }).Code(), 2013);
+  EXPECT_NE(ErrorOf([&] { bench.port->Query("SECOND?"); }).Number(), 0)
+      << "which of two replies is meant is unknown";
+  ExpectRightReplies(*bench.port);
+}
+
+TEST_P(BusTest, RepliesInReversedOrderNeverAnswerTheWrongQuery) {
+  std::atomic<bool> held{false};
+  Bench bench(GetParam(), [&held](std::string_view line, Wire& wire) {
+    if (line == "FAULT?") {
+      held = true;
+      return;
+    }
+    wire.Send(std::string(NumberOf(line)) + "\n" + (held.exchange(false) ? "FAULT\n" : ""));
   });
   bench.port->Timeout(kTimeout);
   EXPECT_EQ(ErrorOf([&] { bench.port->Query("FAULT?"); }).Code(), 2013);
@@ -280,7 +308,7 @@ TEST_P(BusTest, BlockReadInPartOnlyNeverAnswersTheNextQuery) {
 TEST_P(BusTest, BlockShorterThanAnnouncedIsALinkErrorAndALongerOneIsCutOff) {
   Bench bench(GetParam(), [](std::string_view line, Wire& wire) {
     if (line == "SHORT?") {
-      wire.Send("#3100" + std::string(50, 'x'));
+      wire.Send("#3100" + std::string(49, 'x') + "\n");
     } else if (line == "LONG?") {
       wire.Send("#210" + std::string(20, 'x') + "\n");
     } else {
@@ -315,7 +343,7 @@ TEST_P(BusTest, WhatStandsBehindABlockNeverAnswersTheNextQuery) {
   std::string reply;
   Bench bench(GetParam(), [&mutex, &reply](std::string_view line, Wire& wire) {
     const std::lock_guard lock(mutex);
-    wire.Send(line == "BLOCK?" ? reply : std::string(NumberOf(line)) + "\n");
+    wire.SendAndMark(line == "BLOCK?" ? reply : std::string(NumberOf(line)) + "\n");
   });
   auto& blocks = *bench.port->Blocks();
   for (const std::string& header : headers) {

@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <span>
 #include <stdexcept>
 #include <utility>
 
@@ -133,7 +135,14 @@ void TcpPeer::Configure(host::ParameterNode& settings) {
   settings.Item("Port")->SetValue(std::int32_t{port_}, -1, -1);
 }
 
-PtyPeer::PtyPeer(Script script) {
+PtyPeer::PtyPeer(Script script)
+    : PtyPeer(Stream{
+          [script = std::move(script), incoming = std::string()](std::string_view bytes, Wire& wire) mutable {
+            incoming.append(bytes);
+            ForEachLine(incoming, [&](const std::string& line) { script(line, wire); });
+          }}) {}
+
+PtyPeer::PtyPeer(Stream stream) {
   master_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   std::array<char, 64> name{};
   if (master_ < 0 || ::grantpt(master_) != 0 || ::unlockpt(master_) != 0 ||
@@ -148,7 +157,7 @@ PtyPeer::PtyPeer(Script script) {
   ::cfmakeraw(&line);
   ::tcsetattr(slave, TCSANOW, &line);
   ::close(slave);
-  thread_ = std::thread([this, script = std::move(script)] { Serve(script); });
+  thread_ = std::thread([this, stream = std::move(stream)] { Serve(stream); });
 }
 
 termios PtyPeer::Line() const {
@@ -166,7 +175,7 @@ void PtyPeer::Unplug() {
   master_ = -1;
 }
 
-void PtyPeer::Serve(const Script& script) {
+void PtyPeer::Serve(const Stream& stream) {
   class PtyWire final : public Wire {
    public:
     explicit PtyWire(int descriptor) : descriptor_(descriptor) {}
@@ -183,7 +192,6 @@ void PtyPeer::Serve(const Script& script) {
     int descriptor_;
   };
   PtyWire wire(master_);
-  std::string incoming;
   std::array<char, 4096> bytes{};
   while (!stop_) {
     pollfd entry{master_, POLLIN, 0};
@@ -193,9 +201,7 @@ void PtyPeer::Serve(const Script& script) {
       continue;
     }
     const ssize_t received = ::read(master_, bytes.data(), bytes.size());
-    if (received <= 0) continue;
-    incoming.append(bytes.data(), static_cast<std::size_t>(received));
-    ForEachLine(incoming, [&](const std::string& line) { script(line, wire); });
+    if (received > 0) stream.take({bytes.data(), static_cast<std::size_t>(received)}, wire);
   }
 }
 
@@ -207,7 +213,10 @@ void BusDevice::Write(std::string_view bytes) {
   class QueueWire final : public Wire {
    public:
     explicit QueueWire(std::deque<Chunk>& queue) : queue_(queue) {}
-    void Send(std::string_view sent) override { queue_.push_back({ready_, std::string(sent)}); }
+    void Send(std::string_view sent) override {
+      queue_.push_back({ready_, std::string(sent), !sent.empty() && EndsLine(sent.back())});
+    }
+    void SendAndMark(std::string_view sent) override { queue_.push_back({ready_, std::string(sent), true}); }
     void Pause(std::chrono::milliseconds time) override { ready_ += time; }
 
    private:
@@ -233,8 +242,9 @@ std::string BusDevice::Read(std::size_t most, std::chrono::microseconds timeout,
         bytes.append(front, 0, taken);
         front.erase(0, taken);
         if (!front.empty()) break;
+        const bool mark = outgoing_.front().mark;
         outgoing_.pop_front();
-        if (outgoing_.empty()) end = true;
+        if (outgoing_.empty()) end = mark;
       }
     }
     if (end || bytes.size() == most || steady_clock::now() >= until) return bytes;
@@ -249,8 +259,57 @@ void BusDevice::Clear() {
   outgoing_.clear();
 }
 
+void Adapter::Take(std::string_view bytes, Wire& wire) {
+  for (const char c : bytes) {
+    if (!escaped_ && c == '\x1b') {
+      escaped_ = has_escape_ = true;
+    } else if (!escaped_ && c == '\n') {
+      Obey(wire);
+      line_.clear();
+      has_escape_ = false;
+    } else {
+      line_ += c;
+      escaped_ = false;
+    }
+  }
+}
+
+void Adapter::Obey(Wire& wire) {
+  if (has_escape_ || !line_.starts_with("++")) {
+    if (in_charge_ && address_ == 6) device_.Write(line_ + "\n");
+    return;
+  }
+  if (line_ == "++ver") wire.Send("Test adapter, version 1.0\r\n");
+  if (line_.starts_with("++addr ")) address_ = std::stoi(line_.substr(7));
+  if (line_ == "++mode 1") in_charge_ = true;
+  if (line_.starts_with("++read_tmo_ms ")) {
+    read_timeout_ = std::chrono::milliseconds(std::stoi(line_.substr(14)));
+  }
+  if (line_ == "++clr" && address_ == 6) device_.Clear();
+  if (line_ == "++loc" && address_ == 6) device_.GoToLocal();
+  if (line_ == "++read eoi" && address_ == 6) Read(wire);
+}
+
+/// The time-out runs anew with each byte.
+void Adapter::Read(Wire& wire) {
+  for (bool end = false; !end;) {
+    const std::string part = device_.Read(256, read_timeout_, end);
+    if (part.empty()) return;
+    wire.Send(part);
+  }
+}
+
 AdapterPeer::AdapterPeer(Script script)
-    : device_(std::move(script)), server_(TcpPeer::Session([this](int descriptor) { Serve(descriptor); })) {}
+    : device_(std::move(script)), server_(TcpPeer::Session([this](int descriptor) {
+        SocketWire wire(descriptor);
+        Adapter adapter(device_);
+        std::array<char, 4096> bytes{};
+        for (;;) {
+          const ssize_t received = ::recv(descriptor, bytes.data(), bytes.size(), 0);
+          if (received <= 0) return;
+          adapter.Take({bytes.data(), static_cast<std::size_t>(received)}, wire);
+        }
+      })) {}
 
 void AdapterPeer::Configure(host::ParameterNode& settings) {
   settings.Item("Interface")->SetValue(std::string("tcp"), -1, -1);
@@ -259,51 +318,106 @@ void AdapterPeer::Configure(host::ParameterNode& settings) {
   settings.Item("Adapter Port")->SetValue(std::int32_t{server_.Port()}, -1, -1);
 }
 
-void AdapterPeer::Serve(int descriptor) {
-  SocketWire wire(descriptor);
-  int address = -1;
-  bool in_charge = false;
-  std::chrono::milliseconds read_timeout{1000};
-  std::string line;
-  bool escaped = false;
-  bool has_escape = false;
-  std::array<char, 4096> bytes{};
-  const auto command = [&] {
-    if (!has_escape && line.starts_with("++")) {
-      if (line.starts_with("++addr ")) address = std::stoi(line.substr(7));
-      if (line == "++mode 1") in_charge = true;
-      if (line.starts_with("++read_tmo_ms "))
-        read_timeout = std::chrono::milliseconds(std::stoi(line.substr(14)));
-      if (line == "++clr" && address == 6) device_.Clear();
-      if (line == "++loc" && address == 6) device_.GoToLocal();
-      if (line == "++read eoi" && address == 6) {
-        // The time-out runs anew with each byte.
-        for (bool end = false; !end;) {
-          const std::string part = device_.Read(256, read_timeout, end);
-          if (part.empty()) break;
-          wire.Send(part);
-        }
-      }
-      return;
-    }
-    if (in_charge && address == 6) device_.Write(line + "\n");
-  };
-  for (;;) {
-    const ssize_t received = ::recv(descriptor, bytes.data(), bytes.size(), 0);
-    if (received <= 0) return;
-    for (const char c : std::string_view(bytes.data(), static_cast<std::size_t>(received))) {
-      if (!escaped && c == '\x1b') {
-        escaped = has_escape = true;
-      } else if (!escaped && c == '\n') {
-        command();
-        line.clear();
-        has_escape = false;
-      } else {
-        line += c;
-        escaped = false;
-      }
-    }
+SerialAdapterPeer::SerialAdapterPeer(Script script)
+    : device_(std::move(script)),
+      adapter_(device_),
+      line_(Stream{[this](std::string_view bytes, Wire& wire) { adapter_.Take(bytes, wire); }}) {}
+
+void SerialAdapterPeer::Configure(host::ParameterNode& settings) {
+  settings.Item("Interface")->SetValue(std::string("serial"), -1, -1);
+  settings.Item("Primary Address")->SetValue(std::int16_t{6}, -1, -1);
+  settings.Item("Adapter Device")->SetValue(line_.Path(), -1, -1);
+}
+
+namespace {
+
+/// A link in whose place a script answers, within the caller's thread.
+class ScriptedLink final : public Link {
+ public:
+  ScriptedLink(std::unique_ptr<Link> link, Script script)
+      : link_(std::move(link)), script_(std::move(script)), wire_(*this) {}
+
+  std::string_view Peer() const override { return link_->Peer(); }
+  std::string Fault() const override { return "the connection was reset"; }
+
+  Attempt Send(std::string_view rest) override {
+    if (ended_) return {*ended_, 0, false};
+    wire_.ready = steady_clock::now();
+    incoming_.append(rest);
+    ForEachLine(incoming_, [&](const std::string& line) { script_(line, wire_); });
+    return {Attempt::Outcome::kDone, rest.size(), false};
   }
+
+  Attempt Receive(std::span<char> into) override {
+    if (queue_.empty()) return {ended_.value_or(Attempt::Outcome::kSilent), 0, false};
+    if (queue_.front().ready > steady_clock::now()) {
+      std::this_thread::sleep_until(
+          std::min(queue_.front().ready, steady_clock::now() + std::chrono::milliseconds(20)));
+      return {};
+    }
+    std::string& bytes = queue_.front().bytes;
+    const std::size_t size = std::min(bytes.size(), into.size());
+    std::copy_n(bytes.begin(), size, into.begin());
+    bytes.erase(0, size);
+    if (bytes.empty()) queue_.pop_front();
+    return {Attempt::Outcome::kDone, size, false};
+  }
+
+  Cleared Clear(const Deadline& deadline, double since) override {
+    queue_.clear();
+    return link_->Clear(deadline, since);
+  }
+
+  Attempt DropArrived() override {
+    const std::string dropped = Drop();
+    const bool whole = dropped.empty() || EndsLine(dropped.back());
+    return {whole ? Attempt::Outcome::kDone : Attempt::Outcome::kNothingYet, dropped.size(), false};
+  }
+
+ private:
+  struct Chunk {
+    steady_clock::time_point ready;
+    std::string bytes;
+  };
+
+  class QueueWire final : public Wire {
+   public:
+    explicit QueueWire(ScriptedLink& link) : link_(link) {}
+    void Send(std::string_view bytes) override {
+      if (!link_.ended_) link_.queue_.push_back({ready, std::string(bytes)});
+    }
+    void Pause(std::chrono::milliseconds time) override { ready += time; }
+    void Close() override { link_.ended_ = Attempt::Outcome::kClosed; }
+    void Reset() override { link_.ended_ = Attempt::Outcome::kLost; }
+
+    steady_clock::time_point ready;
+
+   private:
+    ScriptedLink& link_;
+  };
+
+  std::string Drop() {
+    std::string dropped;
+    while (!queue_.empty() && queue_.front().ready <= steady_clock::now()) {
+      dropped += queue_.front().bytes;
+      queue_.pop_front();
+    }
+    return dropped;
+  }
+
+  std::unique_ptr<Link> link_;
+  Script script_;
+  QueueWire wire_;
+  std::string incoming_;
+  std::deque<Chunk> queue_;
+  std::optional<Attempt::Outcome> ended_;
+};
+
+}  // namespace
+
+LinkWrapper FrontPanelPeer::Between() {
+  return
+      [this](std::unique_ptr<Link> link) { return std::make_unique<ScriptedLink>(std::move(link), script_); };
 }
 
 LibraryPeer::LibraryPeer(Script script) : device_(std::move(script)) {

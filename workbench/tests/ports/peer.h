@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "host/parameter_node.h"
+#include "workbench/services.h"
 
 namespace workbench::test {
 
@@ -25,7 +26,10 @@ namespace workbench::test {
 class Wire {
  public:
   virtual ~Wire() = default;
+  /// On a GPIB bus, bytes that end with LF or CR end with the mark too, unless more waits behind them.
   virtual void Send(std::string_view bytes) = 0;
+  /// Sends bytes that end with this mark anyway.
+  virtual void SendAndMark(std::string_view bytes) { Send(bytes); }
   virtual void Pause(std::chrono::milliseconds time) = 0;
   /// Ends the connection, where the bus has one: in order, or with a reset.
   virtual void Close() {}
@@ -34,6 +38,10 @@ class Wire {
 
 /// Called with each command line, without its terminator.
 using Script = std::function<void(std::string_view line, Wire& wire)>;
+/// Called with what has come in, in whatever pieces.
+struct Stream {
+  std::function<void(std::string_view bytes, Wire& wire)> take;
+};
 
 /// A far end.
 class Peer {
@@ -74,6 +82,7 @@ class TcpPeer : public Peer {
 class PtyPeer : public Peer {
  public:
   explicit PtyPeer(Script script);
+  explicit PtyPeer(Stream stream);
   ~PtyPeer() override;
   void Configure(host::ParameterNode& settings) override;
   const std::string& Path() const { return path_; }
@@ -84,7 +93,7 @@ class PtyPeer : public Peer {
   termios Line() const;
 
  private:
-  void Serve(const Script& script);
+  void Serve(const Stream& stream);
 
   int master_ = -1;
   std::string path_;
@@ -109,6 +118,7 @@ class BusDevice {
   struct Chunk {
     std::chrono::steady_clock::time_point ready;
     std::string bytes;
+    bool mark;
   };
 
   Script script_;
@@ -119,7 +129,26 @@ class BusDevice {
   std::atomic<int> locals_{0};
 };
 
-/// A "++" adapter over TCP with one device on its bus, at address 6.
+/// A "++" adapter with one device on its bus, at address 6, as it is after a connection was made.
+class Adapter {
+ public:
+  explicit Adapter(BusDevice& device) : device_(device) {}
+  void Take(std::string_view bytes, Wire& wire);
+
+ private:
+  void Obey(Wire& wire);
+  void Read(Wire& wire);
+
+  BusDevice& device_;
+  int address_ = -1;
+  bool in_charge_ = false;
+  std::chrono::milliseconds read_timeout_{1000};
+  std::string line_;
+  bool escaped_ = false;
+  bool has_escape_ = false;
+};
+
+/// Such an adapter over TCP.
 class AdapterPeer : public Peer {
  public:
   explicit AdapterPeer(Script script);
@@ -127,10 +156,31 @@ class AdapterPeer : public Peer {
   BusDevice& Device() { return device_; }
 
  private:
-  void Serve(int descriptor);
-
   BusDevice device_;
   TcpPeer server_;
+};
+
+/// Such an adapter at a serial line.
+class SerialAdapterPeer : public Peer {
+ public:
+  explicit SerialAdapterPeer(Script script);
+  void Configure(host::ParameterNode& settings) override;
+
+ private:
+  BusDevice device_;
+  Adapter adapter_;
+  PtyPeer line_;
+};
+
+/// Between a front panel and its instrument: the script answers instead. Give Between() to the workbench.
+class FrontPanelPeer : public Peer {
+ public:
+  explicit FrontPanelPeer(Script script) : script_(std::move(script)) {}
+  void Configure(host::ParameterNode&) override {}
+  LinkWrapper Between();
+
+ private:
+  Script script_;
 };
 
 /// A library of the NI-488.2 shape with one device on its bus, at address 6.
