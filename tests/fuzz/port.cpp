@@ -3,6 +3,7 @@
 #include "workbench/ports/port.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,18 +15,27 @@
 
 namespace {
 
-/// Delivers the input in pieces; then the other end closes.
+constexpr std::string_view kGreeting = "Adapter 1.0\r\nAdapter 1.0\r\n";
+
+/// Delivers the input in pieces, silent for a moment after the greeting; then the other end closes.
 class InputLink final : public workbench::Link {
  public:
-  InputLink(std::string_view& input, std::size_t piece) : input_(input), piece_(piece) {}
+  InputLink(std::string_view& input, std::size_t piece, std::size_t greeting = 0)
+      : input_(input), piece_(piece), greeting_(greeting) {}
 
   std::string_view Peer() const override { return "input"; }
   workbench::Attempt Send(std::string_view rest) override {
     return {workbench::Attempt::Outcome::kDone, rest.size(), false};
   }
   workbench::Attempt Receive(std::span<char> into) override {
+    if (greeting_ > 0 && greeting_ == given_) {
+      greeting_ = 0;
+      return {};
+    }
     if (input_.empty()) return {workbench::Attempt::Outcome::kClosed, 0, false};
-    const std::size_t size = std::min({piece_, into.size(), input_.size()});
+    std::size_t size = std::min({piece_, into.size(), input_.size()});
+    if (greeting_ > 0) size = std::min(size, greeting_ - given_);
+    given_ += size;
     std::copy_n(input_.begin(), size, into.begin());
     const bool end = input_.substr(0, size).back() == '\x04';
     input_.remove_prefix(size);
@@ -42,6 +52,8 @@ class InputLink final : public workbench::Link {
  private:
   std::string_view& input_;
   std::size_t piece_;
+  std::size_t greeting_;
+  std::size_t given_ = 0;
 };
 
 class InputPort final : public workbench::Port {
@@ -91,14 +103,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
   }
 
-  const workbench::Deadline deadline(0.05, services->runtime);
-  std::string why;
-  std::string_view answers = input;
-  if (const auto adapter =
-          workbench::OpenGpibAdapter(std::make_unique<InputLink>(answers, piece), 6, deadline, why)) {
-    char into[64];
-    adapter->Send("QUERY?\n");
-    adapter->Receive(into);
+  // Behind an adapter, once that may say anything, and once after it has said who it is.
+  for (const std::string_view greeting : {std::string_view(), kGreeting}) {
+    const std::string answers = std::string(greeting) + std::string(input);
+    std::string_view rest = answers;
+    const workbench::Deadline deadline(0.01, services->runtime);
+    std::string why;
+    const auto adapter = workbench::OpenGpibAdapter(std::make_unique<InputLink>(rest, piece, greeting.size()),
+                                                    6, deadline, why);
+    fuzz::Require((adapter == nullptr) == !why.empty(), "a link that did not open says why");
+    for (int round = 0; adapter && round < 4; ++round) {
+      std::array<char, 64> into{};
+      adapter->Send("QUERY?\n");
+      for (int i = 0; i < 8; ++i) {
+        const workbench::Attempt attempt = adapter->Receive(into);
+        fuzz::Require(attempt.bytes <= into.size(), "no more is delivered than there is room for");
+      }
+      if (round == 2) adapter->Clear(workbench::Deadline(0, services->runtime), 0);
+    }
   }
   std::string passed_on;
   workbench::AppendAdapterText(passed_on, input);

@@ -36,9 +36,11 @@ class AdapterLink final : public Link {
   /// Puts the adapter in charge of the bus; it must say who it is.
   bool Introduce(std::string_view commands, const Deadline& deadline) {
     std::string answers;
+    auto quiet = milliseconds(0);
     do {
       if (!Command(std::string(commands) + "++ver\n++ver\n", deadline)) return false;
       const auto again = steady_clock::now() + kIntroduction;
+      auto heard = steady_clock::now();
       while (mark_.empty() && steady_clock::now() < again && !deadline.Expired() && !deadline.Interrupted()) {
         const Attempt attempt = ReceiveBehind(answers);
         if (attempt.outcome == Attempt::Outcome::kClosed) {
@@ -46,8 +48,14 @@ class AdapterLink final : public Link {
           return false;
         }
         if (attempt.outcome == Attempt::Outcome::kLost) return false;
-        if (attempt.outcome != Attempt::Outcome::kDone) mark_ = Repeated(answers);
+        if (attempt.outcome == Attempt::Outcome::kDone) {
+          heard = steady_clock::now();
+        } else if (steady_clock::now() - heard >= quiet) {
+          mark_ = Repeated(answers);
+        }
       }
+      // The answers to both introductions may come now, and none of them later.
+      quiet = kIntroduction / 4;
     } while (mark_.empty() && !deadline.Expired() && !deadline.Interrupted());
     if (!mark_.empty()) return true;
     fault_ = deadline.Interrupted()
@@ -166,10 +174,10 @@ class AdapterLink final : public Link {
 
   /// Takes the mark out of what has arrived, which ends the read.
   void TakeMark() {
-    const std::size_t at = reading_ ? arrived_.find(mark_) : std::string::npos;
-    if (at == std::string::npos) return;
-    arrived_.erase(at, mark_.size());
-    reading_ = false;
+    for (std::size_t at = arrived_.find(mark_); at != std::string::npos; at = arrived_.find(mark_, at)) {
+      arrived_.erase(at, mark_.size());
+      reading_ = false;
+    }
   }
 
   void DropBeforeMark() {

@@ -1,6 +1,7 @@
 // Long runs: random faults between many exchanges, and ports opened and closed in a row. QKEL4X_ENDURANCE
 // multiplies the counts, which are small enough for every day without it.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <atomic>
@@ -38,11 +39,16 @@ std::ptrdiff_t OpenDescriptors() {
   return std::distance(begin(files), end(files));
 }
 
-TEST(EnduranceTest, EveryReplyStaysWithItsQueryUnderRandomFaults) {
-  constexpr float kTimeout = 0.05F;
+class RandomFaultsTest : public testing::TestWithParam<Bus> {};
+
+TEST_P(RandomFaultsTest, EveryReplyStaysWithItsQuery) {
+  // An adapter gives a read up after half a second, and each fault costs that; a line must fall silent.
+  const bool adapter = GetParam() == Bus::kAdapter || GetParam() == Bus::kSerialAdapter;
+  const float timeout = adapter ? 1.0F : 0.05F;
+  const int count = Times(adapter || GetParam() == Bus::kSerial ? 1000 : 10000);
   std::atomic<int> faults{0};
   std::atomic<std::uint64_t> turn{0};
-  Bench bench(Bus::kTcp, [&faults, &turn](std::string_view line, Wire& wire) {
+  Bench bench(GetParam(), [&faults, &turn](std::string_view line, Wire& wire) {
     const std::string reply = std::string(line.substr(0, line.size() - 1)) + "\n";
     const unsigned dice = Dice(turn++, 1000);
     if (dice >= 10) {
@@ -82,8 +88,7 @@ TEST(EnduranceTest, EveryReplyStaysWithItsQueryUnderRandomFaults) {
         break;  // byte by byte
     }
   });
-  bench.port->Timeout(kTimeout);
-  const int count = Times(10000);
+  bench.port->Timeout(timeout);
   int right = 0;
   int errors = 0;
   std::string reply;
@@ -95,32 +100,54 @@ TEST(EnduranceTest, EveryReplyStaysWithItsQueryUnderRandomFaults) {
       ASSERT_EQ(reply, number);
       ++right;
     } catch (const host::AutomationError& error) {
-      ASSERT_TRUE(error.Code() >= 2010 && error.Code() <= 2013) << error.Description();
+      ASSERT_TRUE(error.Code() >= host::kLinkNotOpen && error.Code() <= host::kLinkBusy)
+          << error.Description();
       ++errors;
     }
   }
   EXPECT_EQ(right + errors, count);
   EXPECT_GT(faults, count / 200);
-  EXPECT_LT(errors, 2 * faults);
+  EXPECT_LE(errors, 2 * faults);
   RecordProperty("exchanges", count);
   RecordProperty("errors", errors);
 }
+
+INSTANTIATE_TEST_SUITE_P(AllBuses, RandomFaultsTest, testing::ValuesIn(kBuses),
+                         [](const auto& test) { return NameOf(test.param); });
+
+/// What this process holds at the moment.
+struct Held {
+  std::ptrdiff_t descriptors = OpenDescriptors();
+  std::ptrdiff_t threads = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+  std::size_t heap_bytes = ::mallinfo2().uordblks;  // 0 under sanitizers, which look for leaks themselves
+};
 
 class OpenAndCloseTest : public testing::TestWithParam<Bus> {};
 
 TEST_P(OpenAndCloseTest, LeaksNothing) {
   Bench bench(GetParam(), [](std::string_view line, Wire& wire) { wire.Send(std::string(line) + "\n"); });
-  EXPECT_EQ(bench.port->Query("A?"), "A?");
-  const auto before = OpenDescriptors();
-  const int count = Times(200);
-  for (int i = 0; i < count; ++i) {
+  const auto cycle = [&bench](bool with_query) {
     bench.port->OnLine(false);
-    ASSERT_NO_THROW(bench.port->OnLine(true)) << i;
-    if (i % 10 != 0) continue;
-    ASSERT_EQ(bench.port->Query("A?"), "A?");
-  }
-  std::this_thread::sleep_for(50ms);  // the peer closes its ends on threads of its own
-  EXPECT_LE(OpenDescriptors(), before + 2);
+    ASSERT_NO_THROW(bench.port->OnLine(true));
+    if (with_query) {
+      ASSERT_EQ(bench.port->Query("A?"), "A?");
+    }
+  };
+  // The peer closes its ends on threads of its own, and forgets them with the next one.
+  const auto settled = [&cycle] {
+    std::this_thread::sleep_for(50ms);
+    cycle(true);
+    return Held();
+  };
+  for (int i = 0; i < 10; ++i) cycle(true);
+  const Held before = settled();
+  const int count = Times(100);
+  for (int i = 0; i < count && !HasFatalFailure(); ++i) cycle(i % 10 == 0);
+  const Held after = settled();
+  EXPECT_LE(after.descriptors, before.descriptors + 2);
+  EXPECT_LE(after.threads, before.threads + 1);
+  EXPECT_LE(after.heap_bytes, before.heap_bytes + 16 * 1024);
+  RecordProperty("cycles", count);
 }
 
 INSTANTIATE_TEST_SUITE_P(AllBuses, OpenAndCloseTest, testing::ValuesIn(kBuses),

@@ -104,11 +104,11 @@ TcpPeer::TcpPeer(Session session, bool ipv6) : session_(std::move(session)), ipv
 TcpPeer::~TcpPeer() {
   ::shutdown(listener_, SHUT_RDWR);
   acceptor_.join();
-  {
-    const std::lock_guard lock(mutex_);
-    for (const int descriptor : open_) ::shutdown(descriptor, SHUT_RDWR);
+  for (Served& client : served_) {
+    ::shutdown(client.descriptor, SHUT_RDWR);
+    client.thread.join();
+    ::close(client.descriptor);
   }
-  for (std::thread& thread : threads_) thread.join();
   ::close(listener_);
 }
 
@@ -119,13 +119,18 @@ void TcpPeer::Accept() {
     const int on = 1;
     ::setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     ++connections_;
-    const std::lock_guard lock(mutex_);
-    open_.push_back(descriptor);
-    threads_.emplace_back([this, descriptor] {
-      session_(descriptor);
-      const std::lock_guard ending(mutex_);
-      std::erase(open_, descriptor);
-      ::close(descriptor);
+    std::erase_if(served_, [](Served& client) {
+      if (!client.over) return false;
+      client.thread.join();
+      ::close(client.descriptor);
+      return true;
+    });
+    Served& client = served_.emplace_back();
+    client.descriptor = descriptor;
+    client.thread = std::thread([this, &client] {
+      session_(client.descriptor);
+      ::shutdown(client.descriptor, SHUT_RDWR);
+      client.over = true;
     });
   }
 }

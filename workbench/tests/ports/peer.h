@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -65,6 +66,12 @@ class TcpPeer : public Peer {
   int Connections() const { return connections_; }
 
  private:
+  struct Served {
+    std::thread thread;
+    int descriptor;
+    std::atomic<bool> over{false};
+  };
+
   void Accept();
 
   Session session_;
@@ -72,9 +79,7 @@ class TcpPeer : public Peer {
   int listener_ = -1;
   std::uint16_t port_ = 0;
   std::atomic<int> connections_{0};
-  std::mutex mutex_;
-  std::vector<int> open_;
-  std::vector<std::thread> threads_;
+  std::list<Served> served_;  // the acceptor's, once it runs
   std::thread acceptor_;
 };
 
