@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -23,6 +24,9 @@ constexpr std::chrono::milliseconds kPause{10};
 constexpr double kGoodbye = 0.2;  // seconds that giving the instrument back may take
 constexpr double kDoubt =
     0.05;  // seconds for which a reply after a doubtful clearing is watched for a second one
+
+/// IEEE 488.2, 8.7: response data other than blocks are 7-bit ASCII.
+constexpr bool IsReplyText(char c) { return (c >= ' ' && c <= '~') || c == '\t' || c == '\r'; }
 
 }  // namespace
 
@@ -398,12 +402,36 @@ std::string_view Port::ReceiveLine(Transfer& transfer) {
       line_bytes_ = std::min(feed, unread.size() - 1) + 1;
       std::string_view line = unread.substr(0, feed);
       if (line.ends_with('\r')) line.remove_suffix(1);
+      if (const auto odd = std::ranges::find_if_not(line, IsReplyText); odd != line.end()) [[unlikely]] {
+        FailNoText(transfer, static_cast<std::size_t>(odd - line.begin()), *odd);
+      }
+      if (line_bytes_ != unread.size() && transfer.command) [[unlikely]] {
+        CheckSurplus(transfer, line, unread.substr(line_bytes_));
+      }
       return line;
     }
     searched = unread.size();
     if (!first) CheckDeadline(transfer);
     ReceiveMore(transfer);
   }
+}
+
+/// A program that decodes numbers would stop at such a byte and take the beginning for the whole.
+void Port::FailNoText(Transfer& transfer, std::size_t place, char byte) {
+  std::array<char, 8> hex{};
+  std::snprintf(hex.data(), hex.size(), "0x%02X", static_cast<unsigned>(static_cast<unsigned char>(byte)));
+  Fail(transfer, host::kLinkBadReply,
+       "byte " + std::to_string(place + 1) + " of the reply is " + hex.data() +
+           ", and a reply is plain ASCII text: the line is disturbed, or set differently at its two ends");
+}
+
+/// One command has one reply. The same line again does no harm; of two that differ, one belongs elsewhere.
+void Port::CheckSurplus(Transfer& transfer, std::string_view line, std::string_view behind) {
+  while (!behind.empty() && EndsLine(behind.front())) behind.remove_prefix(1);
+  const std::string_view second = behind.substr(0, behind.find_first_of("\r\n"));
+  if (line.starts_with(second)) return;
+  Fail(transfer, host::kLinkBadReply,
+       "two replies came that differ; which of them answers this query cannot be told");
 }
 
 void Port::FinishLine(Transfer& transfer, std::string_view line) {

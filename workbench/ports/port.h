@@ -92,6 +92,8 @@ class Port : public host::Transport, public host::BlockTransfer {
   std::span<char> MakeRoom();
   void ReceiveMore(Transfer& transfer, std::size_t at_most = kLongestLine);
   std::string_view ReceiveLine(Transfer& transfer);
+  [[noreturn]] void FailNoText(Transfer& transfer, std::size_t place, char byte);
+  void CheckSurplus(Transfer& transfer, std::string_view line, std::string_view behind);
   void FinishLine(Transfer& transfer, std::string_view line);
   void WatchForSecondReply(Transfer& transfer);
   std::vector<std::uint8_t> ReceiveBytes(Transfer& transfer, std::size_t count);
