@@ -166,7 +166,12 @@ std::vector<std::uint8_t> Port::ReadBlock(std::int16_t count, std::optional<std:
   }
   std::vector<std::uint8_t> bytes = ReceiveBytes(transfer, static_cast<std::size_t>(count));
   block_.Consume(bytes);
-  if (link_->MarksEnd() && block_.Now() == BlockProgress::State::kComplete) FetchTail(transfer);
+  if (block_.Now() == BlockProgress::State::kComplete) {
+    if (link_->MarksEnd()) FetchTail(transfer);
+    if (!Unread().empty() && !EndsLine(Unread().front())) {
+      Fail(transfer, host::kLinkBadReply, "more came than the header of the block announces");
+    }
+  }
   Report(transfer, transfer.kind, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   return bytes;
 }

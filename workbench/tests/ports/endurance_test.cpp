@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -151,6 +152,37 @@ TEST_P(OpenAndCloseTest, LeaksNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AllBuses, OpenAndCloseTest, testing::ValuesIn(kBuses),
+                         [](const auto& test) { return NameOf(test.param); });
+
+class DeadlineTest : public testing::TestWithParam<Bus> {};
+
+TEST_P(DeadlineTest, NoTransferOutlivesItsTimeoutByMoreThanFiftyMilliseconds) {
+  constexpr double kTimeout = 0.1;
+  std::atomic<bool> trickles{false};
+  Bench bench(GetParam(), [&trickles](std::string_view, Wire& wire) {
+    for (int i = 0; trickles && i < 10; ++i) {
+      wire.Send("x");
+      wire.Pause(20ms);
+    }
+  });
+  std::vector<double> late_ms;
+  for (int i = 0; i < Times(8); ++i) {
+    trickles = i % 2 != 0;
+    bench.port->OnLine(false);
+    bench.port->Timeout(5.0F);
+    bench.port->OnLine(true);
+    bench.port->Timeout(static_cast<float>(kTimeout));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_NE(ErrorOf([&] { bench.port->Query("A?"); }).Number(), 0);
+    late_ms.push_back((SecondsSince(begin) - kTimeout) * 1e3);
+  }
+  std::ranges::sort(late_ms);
+  std::printf("%s: %zu transfers, median %.0f ms, worst %.0f ms after the time-out\n",
+              NameOf(GetParam()).c_str(), late_ms.size(), late_ms[late_ms.size() / 2], late_ms.back());
+  EXPECT_LE(late_ms.back(), 50.0 + kSlack * 1e3);
+}
+
+INSTANTIATE_TEST_SUITE_P(AllBuses, DeadlineTest, testing::ValuesIn(kBuses),
                          [](const auto& test) { return NameOf(test.param); });
 
 TEST(EnduranceTest, SixtyFourInstrumentsInOneProcess) {

@@ -304,14 +304,16 @@ void Adapter::Read(Wire& wire) {
   }
 }
 
-AdapterPeer::AdapterPeer(Script script)
-    : device_(std::move(script)), server_(TcpPeer::Session([this](int descriptor) {
+AdapterPeer::AdapterPeer(Script script, std::chrono::milliseconds deaf)
+    : device_(std::move(script)), server_(TcpPeer::Session([this, deaf](int descriptor) {
         SocketWire wire(descriptor);
         Adapter adapter(device_);
+        const auto awake = steady_clock::now() + deaf;
         std::array<char, 4096> bytes{};
         for (;;) {
           const ssize_t received = ::recv(descriptor, bytes.data(), bytes.size(), 0);
           if (received <= 0) return;
+          if (steady_clock::now() < awake) continue;
           adapter.Take({bytes.data(), static_cast<std::size_t>(received)}, wire);
         }
       })) {}

@@ -156,7 +156,8 @@ class Adapter {
 /// Such an adapter over TCP.
 class AdapterPeer : public Peer {
  public:
-  explicit AdapterPeer(Script script);
+  /// Deaf to what comes within the first moments of a connection.
+  explicit AdapterPeer(Script script, std::chrono::milliseconds deaf = {});
   void Configure(host::ParameterNode& settings) override;
   BusDevice& Device() { return device_; }
 

@@ -396,6 +396,36 @@ TEST(GpibAdapterTest, CommandsWithPlusSignsReachTheInstrument) {
   EXPECT_EQ(bench.port->Query("FREQ +5E8"), "FREQ +5E8");
 }
 
+/// A GPIB port behind the adapter that `peer` is.
+std::shared_ptr<host::Transport> PortTo(Workbench& host, Peer& peer) {
+  auto port = host.CreateTransport("QPort.clsGPIB");
+  peer.Configure(*port->Settings());
+  return port;
+}
+
+TEST(GpibAdapterTest, WhatDoesNotSayItsVersionIsNoAdapter) {
+  TcpPeer silent([](std::string_view, Wire&) {});
+  Workbench host;
+  const auto port = host.CreateTransport("QPort.clsGPIB");
+  port->Settings()->Item("Interface")->SetValue(std::string("tcp"), -1, -1);
+  port->Settings()->Item("Adapter Port")->SetValue(std::int32_t{silent.Port()}, -1, -1);
+  port->Timeout(0.2F);
+  const auto begin = steady_clock::now();
+  const auto error = ErrorOf([&] { port->OnLine(true); });
+  EXPECT_LT(SecondsSince(begin), 0.25 + kSlack);
+  EXPECT_EQ(error.Code(), 2010);
+  EXPECT_NE(error.Description().find("did not answer \"++ver\" within 0.2 s"), std::string::npos)
+      << error.Description();
+}
+
+TEST(GpibAdapterTest, AdapterThatRestartsWhenItIsOpenedIsSpokenToAgain) {
+  AdapterPeer peer(Echo, 200ms);
+  Workbench host;
+  const auto port = PortTo(host, peer);
+  port->OnLine(true);
+  EXPECT_EQ(port->Query("A?"), "A?");
+}
+
 TEST(GpibAdapterTest, ReplyThatTakesLongerThanOneReadOfTheAdapterIsAskedForAgain) {
   Bench bench(Bus::kAdapter, [](std::string_view, Wire& wire) {
     wire.Pause(1200ms);
