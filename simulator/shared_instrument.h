@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -16,31 +18,48 @@ class SharedInstrument {
       : instrument_(std::move(configuration), std::move(now_seconds)) {}
 
   void Execute(std::string_view line, Instrument::Answer& answer) {
-    const auto turn = Turn();
+    const std::lock_guard turn(queue_);
     instrument_.Execute(line, answer);
   }
   bool Continue(Instrument::Execution& execution, std::chrono::steady_clock::time_point until) {
-    const auto turn = Turn();
+    const std::lock_guard turn(queue_);
     return instrument_.Continue(execution, until);
   }
   void InputOverrun() {
-    const auto turn = Turn();
+    const std::lock_guard turn(queue_);
     instrument_.InputOverrun();
   }
   void ReplaceSignal(Signal signal) {
-    const auto turn = Turn();
+    const std::lock_guard turn(queue_);
     instrument_.ReplaceSignal(std::move(signal));
   }
 
  private:
-  // Who waits keeps the door shut, so that a thread that has work without end cannot slip in again first.
-  std::unique_lock<std::mutex> Turn() {
-    const std::lock_guard door(door_);
-    return std::unique_lock(mutex_);
-  }
+  // A lock that is given in the order of asking. With an ordinary one a thread that has work without end
+  // takes it again before another has woken up.
+  class Queue {
+   public:
+    void lock() {
+      std::unique_lock lock(mutex_);
+      const std::uint64_t ticket = next_++;
+      called_.wait(lock, [&] { return ticket == serving_; });
+    }
+    void unlock() {
+      {
+        const std::lock_guard lock(mutex_);
+        ++serving_;
+      }
+      called_.notify_all();
+    }
 
-  std::mutex door_;
-  std::mutex mutex_;
+   private:
+    std::mutex mutex_;
+    std::condition_variable called_;
+    std::uint64_t next_ = 0;
+    std::uint64_t serving_ = 0;
+  };
+
+  Queue queue_;
   Instrument instrument_;
 };
 

@@ -21,7 +21,6 @@
 #include <thread>
 #include <vector>
 
-#include "simulator/pty_server.h"
 #include "simulator/tcp_server.h"
 #include "simulator/tests/client.h"
 
@@ -46,7 +45,7 @@ constexpr bool kSanitized = false;
 
 constexpr std::size_t kClients = 500;
 constexpr double kLongestWait = kSanitized ? 10.0 : 1.0;  // seconds, on a busy machine
-constexpr Seconds kAllLeft{kSanitized ? 60.0 : 20.0};
+constexpr Seconds kAllLeft{kSanitized ? 180.0 : 60.0};
 
 double Endurance() {
   const char* const factor = std::getenv("QKEL4X_ENDURANCE");
@@ -61,6 +60,7 @@ class ServerProcess {
     int stop[2];
     int ready[2];
     if (::pipe2(stop, O_CLOEXEC) != 0 || ::pipe2(ready, O_CLOEXEC) != 0) std::abort();
+    std::fflush(stdout);  // or it would be written twice
     child_ = ::fork();
     if (child_ == 0) {
       ::close(stop[1]);
@@ -75,7 +75,7 @@ class ServerProcess {
       text.append(chunk, static_cast<std::size_t>(size));
     }
     ::close(ready[0]);
-    std::istringstream(text) >> port_ >> terminal_;
+    std::istringstream(text) >> port_ >> second_port_;
   }
   ~ServerProcess() {
     ::close(stop_);
@@ -87,7 +87,8 @@ class ServerProcess {
   ServerProcess& operator=(const ServerProcess&) = delete;
 
   std::uint16_t Port() const { return port_; }
-  const std::string& Terminal() const { return terminal_; }
+  /// Of another server of the same instrument, with a thread of its own.
+  std::uint16_t SecondPort() const { return second_port_; }
 
   double Megabytes() const {
     std::ifstream statm(Proc("statm"));
@@ -104,9 +105,9 @@ class ServerProcess {
     {
       SharedInstrument instrument(Configuration(),
                                   [start = Clock::now()] { return Seconds(Clock::now() - start).count(); });
-      TcpServer tcp(instrument);
-      PtyServer pty(instrument);
-      const std::string text = std::to_string(tcp.Port()) + " " + pty.Path() + "\n";
+      TcpServer server(instrument);
+      TcpServer second(instrument);
+      const std::string text = std::to_string(server.Port()) + " " + std::to_string(second.Port());
       if (::write(ready, text.data(), text.size()) < 0) ::_exit(1);
       ::close(ready);
       char byte = 0;
@@ -125,7 +126,7 @@ class ServerProcess {
   pid_t child_ = 0;
   int stop_ = -1;
   std::uint16_t port_ = 0;
-  std::string terminal_;
+  std::uint16_t second_port_ = 0;
 };
 
 // What the system holds for all TCP connections.
@@ -466,7 +467,8 @@ class ServerLoad : public testing::TestWithParam<Load> {
   static void SetUpTestSuite() {
     if (Endurance() == 0.0) return;
     std::puts(
-        "| load | answers | 99 % within | longest wait | on the terminal | grown by | system's buffers |\n"
+        "| load | answers | 99 % within | longest wait | longest at a second server | grown by | system's "
+        "buffers |\n"
         "|---|---|---|---|---|---|---|");
   }
 };
@@ -484,20 +486,20 @@ TEST_P(ServerLoad, NeitherGrowsNorStallsTheOthers) {
   double most_memory = memory;
   double most_buffers = buffers;
   Asker asker;
-  Asker at_terminal;
+  Asker elsewhere;
   Comers comers;
   {
     Client client(server.Port());
     ASSERT_EQ(client.Ask("*IDN?\n"), kIdentity);
-    Client terminal(::open(server.Terminal().c_str(), O_RDWR | O_NOCTTY));
-    ASSERT_EQ(terminal.Ask("*IDN?\n"), kIdentity);
+    Client neighbour(server.SecondPort());
+    ASSERT_EQ(neighbour.Ask("*IDN?\n"), kIdentity);
     Crowd crowd;
     for (const Share& share : load.shares) crowd.Add(*share.kind, share.clients, server.Port());
 
     std::atomic<bool> stop = false;
     std::vector<std::thread> others;
     others.emplace_back([&] { asker.Run(client, stop); });
-    others.emplace_back([&] { at_terminal.Run(terminal, stop); });
+    others.emplace_back([&] { elsewhere.Run(neighbour, stop); });
     if (load.comers) others.emplace_back([&] { comers.Run(server.Port(), stop); });
     const auto end = Clock::now() + duration;
     auto look = Clock::now();
@@ -520,12 +522,12 @@ TEST_P(ServerLoad, NeitherGrowsNorStallsTheOthers) {
   }
 
   EXPECT_EQ(asker.Wrong(), 0U);
-  EXPECT_EQ(at_terminal.Wrong(), 0U);
+  EXPECT_EQ(elsewhere.Wrong(), 0U);
   EXPECT_EQ(comers.Wrong(), 0U);
   EXPECT_GT(asker.Asked(), 0U);
-  EXPECT_GT(at_terminal.Asked(), 0U);
+  EXPECT_GT(elsewhere.Asked(), 0U);
   EXPECT_LT(asker.Wait(1.0), kLongestWait);
-  EXPECT_LT(at_terminal.Wait(1.0), kLongestWait);
+  EXPECT_LT(elsewhere.Wait(1.0), kLongestWait);
   if (!kSanitized) {
     EXPECT_LT(most_memory, memory + load.most_megabytes);
   }
@@ -542,7 +544,7 @@ TEST_P(ServerLoad, NeitherGrowsNorStallsTheOthers) {
   if (Endurance() == 0.0) return;
   std::printf("| %s | %zu | %.1f ms | %.1f ms | %.1f ms | %.1f MB, later %.1f MB | %.1f MB |\n",
               load.description, asker.Asked(), 1e3 * asker.Wait(0.99), 1e3 * asker.Wait(1.0),
-              1e3 * at_terminal.Wait(1.0), most_memory - memory, server.Megabytes() - memory,
+              1e3 * elsewhere.Wait(1.0), most_memory - memory, server.Megabytes() - memory,
               most_buffers - buffers);
   if (load.comers) {
     std::printf("(came and went: %zu, turned away as all places were taken: %zu)\n", comers.Visits(),
