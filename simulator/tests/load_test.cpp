@@ -43,7 +43,6 @@ constexpr bool kSanitized = true;  // slower, and freed memory is kept for a whi
 constexpr bool kSanitized = false;
 #endif
 
-constexpr std::size_t kClients = 500;
 constexpr double kLongestWait = kSanitized ? 10.0 : 1.0;  // seconds, on a busy machine
 constexpr Seconds kAllLeft{kSanitized ? 180.0 : 60.0};
 
