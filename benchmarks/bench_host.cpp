@@ -4,8 +4,20 @@
 
 namespace benchmarks {
 
-BenchHost::BenchHost(Ethernet ethernet)
-    : workbench_({.virtual_clock = true}), before_(host::SetCurrentHost(&workbench_)) {
+namespace {
+
+workbench::Options HostOptions(const std::filesystem::path& trace_file) {
+  workbench::Options options;
+  options.virtual_clock = true;
+  options.trace_file = trace_file;
+  options.trace_header.program = "benchmarks";
+  return options;
+}
+
+}  // namespace
+
+BenchHost::BenchHost(Ethernet ethernet, const std::filesystem::path& trace_file)
+    : workbench_(HostOptions(trace_file)), before_(host::SetCurrentHost(&workbench_)) {
   // The real ports lend their settings, so that the tree of a driver has its real size.
   const auto answering = [](workbench::TransportFactory real) {
     return [real = std::move(real)] { return std::make_shared<AnsweringPort>(real()->Settings()); };

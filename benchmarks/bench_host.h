@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,7 +44,8 @@ class BenchHost {
  public:
   enum class Ethernet { kReal, kInProcess };
 
-  explicit BenchHost(Ethernet ethernet);
+  /// With a trace where a file for it is given.
+  explicit BenchHost(Ethernet ethernet, const std::filesystem::path& trace_file = {});
   ~BenchHost() { host::SetCurrentHost(before_); }
   BenchHost(const BenchHost&) = delete;
   BenchHost& operator=(const BenchHost&) = delete;

@@ -1,10 +1,14 @@
 // What the driver itself costs: everything between a call and a port that answers at once.
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+#include <filesystem>
+
 #include "automation/call.h"
 #include "benchmarks/allocations.h"
 #include "benchmarks/bench_host.h"
 #include "simulator/instrument.h"
+#include "workbench/trace_writer.h"
 
 namespace benchmarks {
 namespace {
@@ -43,6 +47,34 @@ void ReadingTypedLogOn(benchmark::State& state) {
   Measure(state, [&] { benchmark::DoNotOptimize(driver->MeasureRfLevel()); });
 }
 BENCHMARK(ReadingTypedLogOn);
+
+/// The four lines of a reading in a trace, on top of what the port does for it.
+void TraceOfReading(benchmark::State& state) {
+  const auto file = std::filesystem::temp_directory_path() / "qkel4x_benchmark_%p.ndjson";
+  std::filesystem::path made;
+  {
+    const auto trace = workbench::TraceWriter::Open(file, {"benchmarks", {}, {}, {}, {}});
+    made = trace->File();
+    workbench::TransferRecord record;
+    record.kind = workbench::TransferRecord::Kind::kExchange;
+    record.port = "QPort.clsEthernet";
+    record.peer = "127.0.0.1:35683";
+    record.seconds = 14e-6;
+    Measure(state, [&] {
+      record.begin = std::chrono::system_clock::now();
+      record.sent = "SYST:ERR?";
+      record.received = "0,\"No error\"";
+      trace->Observe(record);
+      record.begin = std::chrono::system_clock::now();
+      record.sent = "READ:RF:LEVEL?";
+      record.received = "-45.3";
+      trace->Observe(record);
+    });
+  }
+  std::filesystem::remove(made);
+}
+// A bounded number of rounds, since the file grows by half a kilobyte with each.
+BENCHMARK(TraceOfReading)->Iterations(40'000);
 
 void FrequencyWrite(benchmark::State& state) {
   BenchHost host(BenchHost::Ethernet::kInProcess);

@@ -1,6 +1,7 @@
 // libqhost.so: the reference host's classes, for processes that bring no host of their own.
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include "library/border.h"
 #include "library/entry_points.h"
@@ -14,8 +15,13 @@ using border::Reference;
 /// The one workbench of this process. Never destroyed: ports and nodes may outlive every other object.
 workbench::Workbench& Bench() {
   // A test of a host program sets this to let waits cost no time.
-  static auto* bench =
-      new workbench::Workbench({.virtual_clock = std::getenv("QHOST_VIRTUAL_CLOCK") != nullptr});
+  static workbench::Workbench* const bench = [] {
+    workbench::Options options;
+    options.virtual_clock = std::getenv("QHOST_VIRTUAL_CLOCK") != nullptr;
+    options.trace_file = workbench::TraceFileOfEnvironment();
+    options.trace_header.program = "libqhost.so";
+    return new workbench::Workbench(std::move(options));
+  }();
   return *bench;
 }
 

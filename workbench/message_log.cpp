@@ -19,15 +19,6 @@ using std::chrono::system_clock;
 constexpr std::int32_t kPathAccess = 75;
 constexpr std::size_t kFileBuffer = 64UL * 1024UL;
 
-void AppendDigits(std::string& out, unsigned value, int width) {
-  std::array<char, 10> digits{};
-  for (int i = width - 1; i >= 0; --i) {
-    digits[static_cast<std::size_t>(i)] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  }
-  out.append(digits.data(), static_cast<std::size_t>(width));
-}
-
 bool HasBit(std::int32_t kind) { return kind >= 0 && kind < 64; }
 std::uint64_t Bit(std::int32_t kind) { return std::uint64_t{1} << static_cast<unsigned>(kind); }
 
@@ -99,31 +90,9 @@ void MessageLog::RemoveSink(int number) {
 }
 
 void MessageLog::FormatLine(const LogMessage& message) {
-  const auto second = std::chrono::floor<std::chrono::seconds>(message.time);
-  if (second != second_ || second_text_.empty()) {
-    second_ = second;
-    const auto day = std::chrono::floor<std::chrono::days>(second);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss clock(second - day);
-    second_text_.clear();
-    AppendDigits(second_text_, static_cast<unsigned>(static_cast<int>(date.year())), 4);
-    second_text_ += '-';
-    AppendDigits(second_text_, static_cast<unsigned>(date.month()), 2);
-    second_text_ += '-';
-    AppendDigits(second_text_, static_cast<unsigned>(date.day()), 2);
-    second_text_ += 'T';
-    AppendDigits(second_text_, static_cast<unsigned>(clock.hours().count()), 2);
-    second_text_ += ':';
-    AppendDigits(second_text_, static_cast<unsigned>(clock.minutes().count()), 2);
-    second_text_ += ':';
-    AppendDigits(second_text_, static_cast<unsigned>(clock.seconds().count()), 2);
-  }
-  const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(message.time - second).count();
   line_.clear();
-  line_ += second_text_;
-  line_ += '.';
-  AppendDigits(line_, static_cast<unsigned>(micros), 6);
-  line_ += "Z ";
+  times_.Append(line_, message.time);
+  line_ += ' ';
   AppendVisible(line_, message.source);
   if (message.kind == host::kTextSent) {
     line_ += " > ";

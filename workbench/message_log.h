@@ -1,7 +1,6 @@
 // The message log: what the driver sends and receives, one line a message, into any number of sinks.
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "host/message_log.h"
+#include "workbench/encoding.h"
 
 namespace workbench {
 
@@ -68,9 +68,8 @@ class MessageLog final : public host::MessageLog {
   std::mutex mutex_;
   std::vector<NumberedSink> sinks_;
   int last_number_ = 0;
-  std::string line_;         // reused: no allocation for each message
-  std::string second_text_;  // the date and time of second_, so that it is made once a second
-  std::chrono::sys_seconds second_{};
+  std::string line_;  // reused: no allocation for each message
+  TimeText times_;
 };
 
 }  // namespace workbench

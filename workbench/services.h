@@ -23,6 +23,7 @@ struct Services {
 
   Runtime runtime;
   ErrorReporter errors;
+  std::unique_ptr<TransferObserver> tracing;  // where there is a trace: it, and then the user's observer
   std::atomic<TransferObserver*> observer{nullptr};
   const LinkWrapper wrap_link;  ///< empty for none
 };

@@ -1,6 +1,7 @@
 #include "workbench/workbench.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include "host/automation_error.h"
@@ -31,6 +32,72 @@ struct Workbench::Instruments {
   std::map<std::string, std::shared_ptr<simulator::SharedInstrument>> by_name;
 };
 
+/// Shows a transfer to the trace and to the user's observer.
+class Workbench::Tracing final : public TransferObserver {
+ public:
+  Tracing(std::shared_ptr<TraceWriter> trace, MessageLog* log) : trace_(std::move(trace)), log_(log) {}
+
+  void Observe(const TransferRecord& record) noexcept override {
+    trace_->Observe(record);
+    if (trace_->HasLost()) [[unlikely]] {
+      Complain();
+    }
+    if (TransferObserver* const other = other_.load(std::memory_order_acquire)) other->Observe(record);
+  }
+
+  const std::shared_ptr<TraceWriter>& Trace() const { return trace_; }
+  void Other(TransferObserver* observer) { other_.store(observer, std::memory_order_release); }
+  /// The workbench ends; its ports may go on.
+  void LeaveLog() {
+    const std::lock_guard lock(log_mutex_);
+    log_ = nullptr;
+  }
+
+ private:
+  void Complain() noexcept {
+    const std::lock_guard lock(log_mutex_);
+    MessageLog* const log = std::exchange(log_, nullptr);
+    if (log == nullptr) return;
+    try {
+      log->Append(kNotice, "Trace", trace_->File().string() + " is not complete", trace_->Lost());
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): a transfer goes on without the notice
+    }
+  }
+
+  static constexpr std::int32_t kNotice = 0;
+
+  const std::shared_ptr<TraceWriter> trace_;
+  std::atomic<TransferObserver*> other_{nullptr};
+  std::mutex log_mutex_;
+  MessageLog* log_;
+};
+
+/// A port whose settings the trace is told when it opens.
+class Workbench::TracedPort final : public host::Transport {
+ public:
+  explicit TracedPort(std::shared_ptr<host::Transport> port) : port_(std::move(port)) {}
+
+  std::string Name() override { return port_->Name(); }
+  void Name(std::string_view name) override { port_->Name(name); }
+  std::shared_ptr<host::ParameterNode> Settings() override { return port_->Settings(); }
+  bool OnLine() override { return port_->OnLine(); }
+  void OnLine(bool on_line) override {
+    SettingTexts settings;
+    if (on_line) settings = SettingTextsOf(*port_->Settings(), port_->Settings()->Name());
+    const TraceWriter::OpeningWith opening(settings);
+    port_->OnLine(on_line);
+  }
+  float Timeout() override { return port_->Timeout(); }
+  void Timeout(float seconds) override { port_->Timeout(seconds); }
+  void Write(std::string_view command) override { port_->Write(command); }
+  void Exchange(std::string_view command, std::string* reply) override { port_->Exchange(command, reply); }
+  std::string Query(std::optional<std::string_view> command) override { return port_->Query(command); }
+  host::BlockTransfer* Blocks() override { return port_->Blocks(); }
+
+ private:
+  const std::shared_ptr<host::Transport> port_;
+};
+
 Workbench::Workbench(Options options)
     : options_(std::move(options)),
       services_(std::make_shared<Services>(
@@ -39,16 +106,24 @@ Workbench::Workbench(Options options)
       instruments_(std::make_shared<Instruments>()) {
   instruments_->configuration = options_.simulator;
   instruments_->services = services_;
-  RegisterTransport("QPort.clsGPIB", [services = services_] { return std::make_shared<GpibPort>(services); });
-  RegisterTransport("QPort.clsComm", [this] {
+  if (!options_.trace_file.empty()) {
+    auto tracing =
+        std::make_unique<Tracing>(TraceWriter::Open(options_.trace_file, options_.trace_header), &log_);
+    tracing_ = tracing.get();
+    services_->tracing = std::move(tracing);
+    Observe(nullptr);
+  }
+  RegisterPort("QPort.clsGPIB", [services = services_] { return std::make_shared<GpibPort>(services); });
+  RegisterPort("QPort.clsComm", [this] {
     return std::make_shared<SerialPort>(services_, SerialPorts{options_.serial_devices, HasVirtualCom1()});
   });
-  RegisterTransport("QPort.clsEthernet",
-                    [services = services_] { return std::make_shared<TcpPort>(services); });
+  RegisterPort("QPort.clsEthernet", [services = services_] { return std::make_shared<TcpPort>(services); });
   RegisterEmbedded("QPort.clsGUI", "GUI");
 }
 
-Workbench::~Workbench() = default;
+Workbench::~Workbench() {
+  if (tracing_ != nullptr) tracing_->LeaveLog();
+}
 
 ErrorReporter& Workbench::Errors() { return services_->errors; }
 
@@ -90,7 +165,22 @@ TransportFactory Workbench::UnregisterTransport(std::string_view class_name) {
 }
 
 void Workbench::Observe(TransferObserver* observer) {
+  if (tracing_ != nullptr) {
+    tracing_->Other(observer);
+    observer = tracing_;
+  }
   services_->observer.store(observer, std::memory_order_release);
+}
+
+std::shared_ptr<TraceWriter> Workbench::Trace() const {
+  return tracing_ != nullptr ? tracing_->Trace() : nullptr;
+}
+
+void Workbench::RegisterPort(std::string_view class_name, TransportFactory factory) {
+  if (tracing_ != nullptr) {
+    factory = [make = std::move(factory)] { return std::make_shared<TracedPort>(make()); };
+  }
+  RegisterTransport(class_name, std::move(factory));
 }
 
 std::shared_ptr<simulator::SharedInstrument> Workbench::FrontPanel(const std::string& name) {
@@ -98,8 +188,8 @@ std::shared_ptr<simulator::SharedInstrument> Workbench::FrontPanel(const std::st
 }
 
 void Workbench::RegisterEmbedded(std::string_view class_name, std::string_view group) {
-  RegisterTransport(class_name, [services = services_, instruments = instruments_,
-                                 class_text = std::string(class_name), group_text = std::string(group)] {
+  RegisterPort(class_name, [services = services_, instruments = instruments_,
+                            class_text = std::string(class_name), group_text = std::string(group)] {
     return std::make_shared<FrontPanelPort>(
         services, [instruments](const std::string& name) { return instruments->Find(name); }, class_text,
         group_text);

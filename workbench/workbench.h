@@ -1,6 +1,7 @@
 // The reference host: everything that the driver needs from a host application, in one object.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -16,6 +17,7 @@
 #include "workbench/ports/serial_link.h"
 #include "workbench/runtime.h"
 #include "workbench/services.h"
+#include "workbench/trace_writer.h"
 #include "workbench/transfer_observer.h"
 
 namespace workbench {
@@ -36,12 +38,17 @@ struct Options {
   simulator::Configuration simulator{};
   /// Wraps each link when it opens, so that faults can be put between a port and its instrument.
   LinkWrapper wrap_link{};
+  /// Where every transfer is recorded, as TraceWriter::Open takes it; empty for nowhere.
+  std::filesystem::path trace_file{};
+  /// What the recording begins with.
+  TraceHeader trace_header{};
 };
 
 /// A complete host. Any thread may call any member; a driver object with its transport and its settings
 /// belongs to one thread at a time. Transports may outlive the workbench, the rest may not.
 class Workbench final : public host::Host {
  public:
+  /// Fails with 75 where the trace file cannot be opened.
   explicit Workbench(Options options = {});
   ~Workbench() override;
   Workbench(const Workbench&) = delete;
@@ -67,9 +74,13 @@ class Workbench final : public host::Host {
   void Interrupt() noexcept { runtime_->Interrupt(); }
   void ClearInterrupt() noexcept { runtime_->ClearInterrupt(); }
 
-  /// Shows every transfer of every port to `observer`; null for nobody. Set it while no transfer is going on,
-  /// and keep it alive until it is replaced or the last port is gone.
+  /// Shows every transfer of every port to `observer`, beside the trace; null for nobody. Set it while no
+  /// transfer is going on, and keep it alive until it is replaced or the last port is gone.
   void Observe(TransferObserver* observer);
+
+  /// The trace of Options::trace_file; null where there is none. When it loses lines, the message log says so
+  /// once.
+  std::shared_ptr<TraceWriter> Trace() const;
 
   /// The simulated instrument of that name, made on first use. It keeps the time of this workbench's clock.
   std::shared_ptr<simulator::SharedInstrument> FrontPanel(const std::string& name = "SIM");
@@ -81,13 +92,18 @@ class Workbench final : public host::Host {
   bool HasVirtualCom1();
 
  private:
+  class Tracing;
+  class TracedPort;
   struct Registered {
     std::string name;
     TransportFactory make;
   };
 
+  void RegisterPort(std::string_view class_name, TransportFactory factory);
+
   const Options options_;
   const std::shared_ptr<Services> services_;
+  Tracing* tracing_ = nullptr;  // of services_
   class Runtime* const runtime_;
   MessageLog log_;
 

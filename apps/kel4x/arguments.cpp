@@ -2,6 +2,7 @@
 #include "arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 
 #include "exit_code.h"
@@ -49,7 +50,8 @@ void AddEveryVerb(CLI::App& app, Arguments& into) {
   app.add_flag("--json", into.json, "Results as JSON, one object a line")->group(kEveryVerb);
   app.add_flag("--trace", into.trace, "Show the traffic with the instrument on standard error")
       ->group(kEveryVerb);
-  app.add_option("--trace-file", into.trace_file, "Write the traffic to a file that kel4x replay takes")
+  app.add_option("--trace-file", into.trace_file,
+                 "Write the traffic to a file that kel4x replay takes; %p in its name is the process")
       ->type_name("FILE")
       ->group(kEveryVerb);
   app.add_flag("--simulate-host", into.simulate_host, "Set the host's simulation flag: nothing is decoded")
@@ -170,8 +172,15 @@ void AddOtherVerbs(CLI::App& app, Arguments& into) {
   list->footer("\nExample:\n  kel4x list --json");
 
   CLI::App* replay = app.add_subcommand("replay", "Run a recording again and report the first difference");
-  replay->add_option("FILE", into.words, "A file that --trace-file wrote")->required()->expected(1);
-  replay->footer("\nExample:\n  kel4x survey --trace-file survey.ndjson && kel4x replay survey.ndjson");
+  replay
+      ->add_option("FILE", into.words,
+                   "A file that --trace-file wrote; a verb behind -- runs in the place of its own")
+      ->required()
+      ->expected(1)
+      ->type_name("FILE [-- VERB ARGUMENTS]");
+  replay->footer(
+      "\nExamples:\n  kel4x survey --trace-file survey.ndjson && kel4x replay survey.ndjson\n"
+      "  kel4x replay host.ndjson -- get MeasureRfLevel");
 
   CLI::App* completion = app.add_subcommand("completion", "Print the completion script of a shell");
   completion->add_option("SHELL", into.words, "bash, zsh or fish")
@@ -199,6 +208,15 @@ void Build(CLI::App& app, Arguments& into) {
 }  // namespace
 
 std::optional<Arguments> ParseArguments(const std::vector<std::string>& line) {
+  // What stands behind "--" on a line of replay is a line of its own.
+  const auto dashes = std::ranges::find(line, "--");
+  if (dashes != line.end() && std::find(line.begin(), dashes, "replay") != dashes) {
+    auto replay = ParseArguments({line.begin(), dashes});
+    if (!replay || replay->verb == "replay") {
+      if (replay) replay->command.assign(dashes + 1, line.end());
+      return replay;
+    }
+  }
   Arguments arguments;
   CLI::App app;
   Build(app, arguments);

@@ -1,6 +1,7 @@
 // The command line of kel4x.
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,7 +19,7 @@ struct Arguments {
   std::optional<std::string> config;
   std::optional<double> timeout;      ///< seconds
   std::vector<std::string> settings;  ///< NAME=VALUE of the driver, this run only
-  std::string trace_file;
+  std::filesystem::path trace_file;
   bool json = false;
   bool trace = false;
   bool simulate_host = false;
@@ -35,6 +36,8 @@ struct Arguments {
   int count = 0;          ///< readings of watch; 0: until interrupted
 
   bool discard = false;  ///< write no screen shot; set while replaying, not by a flag
+
+  std::vector<std::string> command;  ///< of replay: what to run in the place of the recorded command line
 
   // members
   bool all = false;

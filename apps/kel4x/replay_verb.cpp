@@ -1,6 +1,7 @@
 // replay: runs the command of a recording again, with the recording in the place of the port, and reports the
 // first thing that goes another way.
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -157,6 +158,47 @@ class PlaybackPort final : public host::Transport, public host::BlockTransfer {
   float timeout_ = 5;
 };
 
+// A recording of a host program holds whatever that program did. What is played is its first connection over
+// which anything went, from its opening to its closing; the driver's looks at serial ports are none.
+std::vector<TraceEvent> FirstConnection(const std::vector<TraceEvent>& events, const std::string& file) {
+  using Direction = TraceEvent::Direction;
+  const auto sent = std::ranges::find(events, Direction::kSent, &TraceEvent::direction);
+  if (sent == events.end()) throw UsageError(file + ": holds no transfer that could be replayed");
+  auto from = sent;
+  while (from != events.begin() && (from->direction != Direction::kOpened || from->port != sent->port))
+    --from;
+  if (from->direction != Direction::kOpened) {
+    throw UsageError(file + ":" + std::to_string(sent->line) + ": sends before the port was opened");
+  }
+  std::vector<TraceEvent> connection;
+  for (; from != events.end(); ++from) {
+    if (from->port != sent->port) continue;
+    connection.push_back(*from);
+    if (from->direction == Direction::kClosed) break;
+  }
+  return connection;
+}
+
+// A resource of that port, for a driver that will not reach it; what the class is decides what the driver
+// does.
+std::string ResourceOf(const std::string& port_class) {
+  if (port_class == "QPort.clsEthernet") return "TCPIP::127.0.0.1::5025::SOCKET";
+  if (port_class == "QPort.clsComm") return "ASRL1::INSTR";
+  if (port_class == "QPort.clsGPIB") return "GPIB0::6::INSTR";
+  return "SIM";
+}
+
+// What runs: the verb of this command line, or that of the recording.
+std::vector<std::string> CommandOf(const Arguments& arguments, const Trace& trace) {
+  if (!arguments.command.empty()) return arguments.command;
+  if (!trace.header.command.empty()) return trace.header.command;
+  const std::string& file = arguments.words.front();
+  throw UsageError(file + ":1: was recorded by " +
+                   (trace.header.program.empty() ? "a host program" : trace.header.program) +
+                   " and holds no command line; say what to run against it, as in: kel4x replay " + file +
+                   " -- get MeasureRfLevel");
+}
+
 }  // namespace
 
 ExitCode Replay(Run& run) {
@@ -166,9 +208,17 @@ ExitCode Replay(Run& run) {
   playback->file = file;
 
   Run again;
-  again.line = playback->trace.header.command;
+  Trace& trace = playback->trace;
+  again.line = CommandOf(run.arguments, trace);
+  if (trace.header.command.empty()) {
+    trace.events = FirstConnection(trace.events, file);
+    const TraceEvent& opening = trace.events.front();
+    if (trace.header.resource.empty()) trace.header.resource = ResourceOf(opening.port_class);
+    std::ranges::copy(opening.settings, std::back_inserter(trace.header.settings));
+  }
   const auto arguments = ParseArguments(again.line);
   if (!arguments || arguments->verb == "replay" || arguments->verb == "shell") {
+    if (!run.arguments.command.empty()) throw UsageError("replay: what stands behind -- cannot be replayed");
     throw UsageError(file + ":1: holds no command that can be replayed");
   }
   again.arguments = *arguments;
@@ -178,13 +228,13 @@ ExitCode Replay(Run& run) {
   if (again.arguments.csv != "-") again.arguments.csv.clear();
   again.arguments.discard = true;
   again.arguments.trace = run.arguments.trace;
-  again.session.resource = ParseResource(playback->trace.header.resource);
+  again.session.resource = ParseResource(trace.header.resource);
   if (again.session.resource.port == Resource::Port::kSerial) {
     // Any line will do, since nothing goes over it.
     again.session.resource.device.clear();
     again.session.resource.comm_port = 1;
   }
-  for (const auto& [name, value] : playback->trace.header.settings) {
+  for (const auto& [name, value] : trace.header.settings) {
     if (name == "Log Messages" || name == "RS232.Baud Rate") again.session.settings.emplace_back(name, value);
   }
   again.session.timeout = again.arguments.timeout;

@@ -10,9 +10,9 @@
 #include "pcx.h"
 #include "plot.h"
 #include "png.h"
-#include "trace_file.h"
 #include "traffic.h"
 #include "version.h"
+#include "workbench/encoding.h"
 
 namespace kel4x {
 namespace {
@@ -76,7 +76,7 @@ footer { margin-top: 6mm; color: var(--soft); font-size: 8.5pt; }
 
 std::string TimeText(std::chrono::system_clock::time_point time) {
   std::string text;
-  AppendTime(text, time);
+  workbench::AppendTime(text, time);
   text.resize(19);
   text[10] = ' ';
   return text + " UTC";
@@ -245,7 +245,7 @@ class Page {
       const std::string_view bytes(reinterpret_cast<const char*>(png.data()), png.size());
       page_ += "<figure><img alt=\"Screen of the instrument\" width=\"" + std::to_string(image.width) +
                "\" height=\"" + std::to_string(image.height) + "\" src=\"data:image/png;base64," +
-               EncodeBase64(bytes) + "\"><figcaption>The instrument's own screen, " +
+               workbench::EncodeBase64(bytes) + "\"><figcaption>The instrument's own screen, " +
                std::to_string(image.width) + " by " + std::to_string(image.height) + " pixels" +
                (reading != nullptr ? ", in mode " + HtmlText(reading->mode) : "") +
                ".</figcaption></figure>\n";
@@ -409,7 +409,7 @@ class Page {
     page_ += "<h2>Message log</h2>\n<div class=\"log\">\n";
     for (const ReportMessage& message : facts_.messages) {
       std::string time;
-      AppendTime(time, message.time);
+      workbench::AppendTime(time, message.time);
       page_ += "<div><time>" + time.substr(11, 12) + "</time> " + (message.kind == 6 ? "&gt; " : "&lt; ") +
                HtmlText(message.text.substr(0, 400)) + "</div>\n";
     }

@@ -1,6 +1,7 @@
 // From the command line to a session: precedence of options, and which verb runs.
 #include <algorithm>
 
+#include "host/automation_error.h"
 #include "output.h"
 #include "terminal.h"
 #include "verbs.h"
@@ -40,6 +41,8 @@ void Complete(Run& run) {
     if (std::filesystem::is_regular_file(path, error)) run.file = ReadConfiguration(path);
   }
 
+  if (run.arguments.trace_file.empty()) run.arguments.trace_file = workbench::TraceFileOfEnvironment();
+
   const Sourced resource =
       ChooseResource(arguments.resource, terminal::Environment("KEL4X_RESOURCE"), run.file);
   run.resource_origin = resource.origin;
@@ -64,11 +67,16 @@ std::unique_ptr<Session> Prepare(Run& run) {
   auto session = std::make_unique<Session>(run.session);
   if (run.arguments.trace) session->Link().Show(terminal::WantsColour(terminal::Stream::kErrors));
   if (!run.arguments.trace_file.empty()) {
-    run.trace = std::make_unique<TraceWriter>(run.arguments.trace_file,
-                                              TraceHeader{.version = kVersion,
-                                                          .command = run.line,
-                                                          .resource = run.session.resource.text,
-                                                          .settings = session->Settings()});
+    try {
+      run.trace =
+          workbench::TraceWriter::Open(run.arguments.trace_file, {.program = "kel4x",
+                                                                  .version = kVersion,
+                                                                  .command = run.line,
+                                                                  .resource = run.session.resource.text,
+                                                                  .settings = session->Settings()});
+    } catch (const host::AutomationError& error) {
+      throw UsageError(error.Description());
+    }
     session->Link().Record(run.trace.get());
   }
   return session;

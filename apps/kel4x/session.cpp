@@ -55,19 +55,6 @@ workbench::Options HostOptions(const SessionOptions& options) {
   return made;
 }
 
-void AddLeaves(host::ParameterNode& node, const std::string& path,
-               std::vector<std::pair<std::string, std::string>>& into) {
-  for (std::size_t i = 0; i < node.Count(); ++i) {
-    const auto child = node.Child(i);
-    const std::string name = path.empty() ? child->Name() : path + "." + child->Name();
-    if (child->Count() > 0) {
-      AddLeaves(*child, name, into);
-    } else {
-      into.emplace_back(name, workbench::ValueText(child->GetValue(-1, -1)));
-    }
-  }
-}
-
 }  // namespace
 
 std::int32_t Failure::Code() const {
@@ -202,9 +189,7 @@ Failure Session::Explain(const host::AutomationError& error) {
 }
 
 std::vector<std::pair<std::string, std::string>> Session::Settings() {
-  std::vector<std::pair<std::string, std::string>> leaves;
-  AddLeaves(*driver_->Settings(), "", leaves);
-  return leaves;
+  return workbench::SettingTextsOf(*driver_->Settings());
 }
 
 }  // namespace kel4x

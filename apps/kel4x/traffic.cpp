@@ -88,7 +88,7 @@ void Traffic::Print(const workbench::TransferRecord& record) const {
 
 void Traffic::Observe(const workbench::TransferRecord& record) noexcept {
   using Kind = workbench::TransferRecord::Kind;
-  if (writer_ != nullptr) writer_->Write(record);
+  if (writer_ != nullptr) writer_->Observe(record);
   try {
     if (shown_) Print(record);
     if (record.kind == Kind::kClosed || record.kind == Kind::kCleared) return;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "trace_file.h"
+#include "workbench/trace_writer.h"
 #include "workbench/transfer_observer.h"
 
 namespace kel4x {
@@ -21,7 +21,7 @@ class Traffic final : public workbench::TransferObserver {
     colour_ = colour;
   }
   /// Records it; null for no longer.
-  void Record(TraceWriter* writer) { writer_ = writer; }
+  void Record(workbench::TraceWriter* writer) { writer_ = writer; }
 
   /// A heading of the shown traffic.
   void Heading(std::string_view text) const;
@@ -50,7 +50,7 @@ class Traffic final : public workbench::TransferObserver {
 
   bool shown_ = false;
   bool colour_ = false;
-  TraceWriter* writer_ = nullptr;
+  workbench::TraceWriter* writer_ = nullptr;
   std::size_t transfers_ = 0;
   bool link_failed_ = false;
   std::string link_text_;

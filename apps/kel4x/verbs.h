@@ -20,7 +20,7 @@ struct Run {
   ConfigurationFile file;
   SessionOptions session;       ///< complete: resource, time-out, settings
   std::string resource_origin;  ///< where the resource string came from
-  std::unique_ptr<TraceWriter> trace;
+  std::shared_ptr<workbench::TraceWriter> trace;
 
   ~Run();
 };

@@ -10,8 +10,8 @@
 #include "output.h"
 #include "sparkline.h"
 #include "terminal.h"
-#include "trace_file.h"
 #include "verbs.h"
+#include "workbench/encoding.h"
 
 namespace kel4x {
 namespace {
@@ -35,7 +35,7 @@ std::optional<double> NumberOf(const Reading& reading) {
 
 std::string Now() {
   std::string text;
-  AppendTime(text, std::chrono::system_clock::now());
+  workbench::AppendTime(text, std::chrono::system_clock::now());
   return text;
 }
 

@@ -116,6 +116,13 @@ TEST(Counts, LoggedReadingOverTcp_AllocatesNothing) {
   EXPECT_EQ(AllocationsOf([&] { return driver->MeasureRfLevel(); }), 0U);
 }
 
+TEST(Counts, TracedReadingOverTcp_AllocatesNothing) {
+  const Responder responder;
+  const BenchHost host(BenchHost::Ethernet::kReal, "/dev/null");
+  const auto driver = BenchHost::NewDriverOnLine(responder.Port());
+  EXPECT_EQ(AllocationsOf([&] { return driver->MeasureRfLevel(); }), 0U);
+}
+
 TEST(Counts, ReadingOverTcp_TakesTwoSendsAndTwoReceives) {
   const Responder responder;
   std::unique_ptr<BenchHost> host;
@@ -131,6 +138,26 @@ TEST(Counts, ReadingOverTcp_TakesTwoSendsAndTwoReceives) {
       });
   const std::map<long, int> expected{{SYS_sendto, 2 * kReadings}, {SYS_recvfrom, 2 * kReadings}};
   EXPECT_EQ(counts, expected);
+}
+
+/// A trace writes 64 KiB at a time, and four times a second where less has come: a few calls in all.
+TEST(Counts, TracedReadingOverTcp_TakesTwoSendsTwoReceivesAndAFewWrites) {
+  const Responder responder;
+  std::unique_ptr<BenchHost> host;
+  std::unique_ptr<qkel4x::clsKEL4x> driver;
+  auto counts = CountSystemCalls(
+      [&] {
+        host = std::make_unique<BenchHost>(BenchHost::Ethernet::kReal, "/dev/null");
+        driver = BenchHost::NewDriverOnLine(responder.Port());
+        driver->MeasureRfLevel();
+      },
+      [&] {
+        for (int i = 0; i < kReadings; ++i) driver->MeasureRfLevel();
+      });
+  EXPECT_EQ(counts[SYS_sendto], 2 * kReadings);
+  EXPECT_EQ(counts[SYS_recvfrom], 2 * kReadings);
+  EXPECT_GE(counts[SYS_write], 1);
+  EXPECT_LT(counts[SYS_write], kReadings / 4);
 }
 
 /// Three receives where a picture arrives in one piece; now and then the system delivers one in two.

@@ -36,14 +36,16 @@ void Screen(qkel4x::clsKEL4x& driver) {
 }
 
 Round RoundOf(const std::string& what) {
-  if (what == "typed" || what == "logged") return Typed;
+  if (what == "typed" || what == "logged" || what == "traced") return Typed;
   if (what == "named") return ByName;
-  if (what == "screen") return Screen;
+  if (what == "screen" || what == "screen_traced") return Screen;
   throw std::runtime_error("there is no " + what);
 }
 
 void Run(const arguments& asked) {
-  BenchHost host(BenchHost::Ethernet::kReal);
+  const char* trace_file = std::getenv("TRACE_FILE");
+  const bool traced = std::string(asked.what).ends_with("traced");
+  BenchHost host(BenchHost::Ethernet::kReal, !traced ? "" : trace_file != nullptr ? trace_file : "/dev/null");
   const Round round = RoundOf(asked.what);
   const bool logged = std::string(asked.what) == "logged";
   if (logged) {
@@ -80,7 +82,7 @@ void Run(const arguments& asked) {
 
 int main(int argc, char** argv) {
   try {
-    Run(parse_arguments(argc, argv, "typed named logged screen"));
+    Run(parse_arguments(argc, argv, "typed named logged traced screen screen_traced"));
     return 0;
   } catch (const std::exception& failure) {
     std::cerr << failure.what() << '\n';

@@ -10,9 +10,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const kel4x::UsageError& error) {
     fuzz::Require(*error.what() != '\0', "a file that is no recording is explained");
   }
-  const auto back = kel4x::DecodeBase64(kel4x::EncodeBase64(text));
+  const auto back = workbench::DecodeBase64(workbench::EncodeBase64(text));
   fuzz::Require(back && *back == text, "base64 decodes to what was encoded");
-  if (const auto bytes = kel4x::DecodeBase64(text)) {
+  if (const auto bytes = workbench::DecodeBase64(text)) {
     fuzz::Require(bytes->size() <= text.size(), "base64 does not grow while it is decoded");
   }
   return 0;

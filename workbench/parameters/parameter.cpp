@@ -65,6 +65,20 @@ std::optional<std::int32_t> ValueNumber(const host::Value& value) {
   return std::nullopt;
 }
 
+SettingTexts SettingTextsOf(host::ParameterNode& node, const std::string& path) {
+  SettingTexts texts;
+  for (std::size_t i = 0; i < node.Count(); ++i) {
+    const auto child = node.Child(i);
+    const std::string name = path.empty() ? child->Name() : path + "." + child->Name();
+    if (child->Count() > 0) {
+      for (auto& below : SettingTextsOf(*child, name)) texts.push_back(std::move(below));
+    } else {
+      texts.emplace_back(name, ValueText(child->GetValue(-1, -1)));
+    }
+  }
+  return texts;
+}
+
 void Parameter::Initialise(std::string_view name, std::int32_t code1, std::int32_t code2,
                            std::string_view option_list, std::string_view description) {
   const auto kind = KindOf(code1, code2);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/parameter_node.h"
@@ -92,5 +93,11 @@ std::string ValueText(const host::Value& value);
 
 /// The same as a whole number, or none where it is not one.
 std::optional<std::int32_t> ValueNumber(const host::Value& value);
+
+/// Paths and values of settings.
+using SettingTexts = std::vector<std::pair<std::string, std::string>>;
+
+/// The settings below a node as dotted paths and texts, in the order of the tree; `path` stands before them.
+SettingTexts SettingTextsOf(host::ParameterNode& node, const std::string& path = {});
 
 }  // namespace workbench

@@ -396,6 +396,19 @@ class Kel4xTest(unittest.TestCase):
         self.assertIn(f"t.ndjson:{at + 1}: the recording has \"READ:RF:LEVL?\" sent, but now "
                       "\"READ:RF:LEVEL?\" is sent", self.run_tool("replay", trace, code=1).stderr)
 
+    def test_the_environment_names_a_file_for_each_process(self):
+        for _ in range(2):
+            self.run_tool("--resource", "SIM", "get", "ModelNumber", QKEL4X_TRACE_FILE=self.path("%p.ndjson"))
+        traces = list(pathlib.Path(self.folder).glob("*.ndjson"))
+        self.assertEqual(len(traces), 2)
+        for trace in traces:
+            self.assertIn("no difference", self.run_tool("replay", trace, QKEL4X_TRACE_FILE=trace).stderr)
+        other = self.run_tool("replay", traces[0], "--", "get", "SerialNumber", "--json")
+        self.assertEqual(json.loads(other.stdout)["name"], "SerialNumber")
+        self.run_tool("replay", traces[0], "--", "get", "Mode", code=1)
+        self.assertIn("/none/t.ndjson", self.run_tool("--resource", "SIM", "get", "Mode", "--trace-file", "/none/t.ndjson",
+                                                      code=2).stderr)
+
     @unittest.skipUnless(os.path.exists("/dev/full"), "this system has no device that is always full")
     def test_a_full_disk_fails_no_measurement(self):
         done = self.run_tool("--resource", "SIM", "get", "ModelNumber", "--trace-file", "/dev/full")

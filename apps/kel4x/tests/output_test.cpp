@@ -144,13 +144,14 @@ TEST(PlanModes, TakesEachModeOnceAndBeginsWithTheCurrentOne) {
 }
 
 TEST(Base64, ReadsBackWhatItWrote) {
-  EXPECT_EQ(EncodeBase64("Man"), "TWFu");
-  EXPECT_EQ(EncodeBase64("Ma"), "TWE=");
-  EXPECT_EQ(EncodeBase64("M"), "TQ==");
+  EXPECT_EQ(workbench::EncodeBase64("Man"), "TWFu");
+  EXPECT_EQ(workbench::EncodeBase64("Ma"), "TWE=");
+  EXPECT_EQ(workbench::EncodeBase64("M"), "TQ==");
   for (const std::string& text : {std::string(), std::string("\0\xFF", 2), std::string("abcde")}) {
-    EXPECT_EQ(DecodeBase64(EncodeBase64(text)), text);
+    EXPECT_EQ(workbench::DecodeBase64(workbench::EncodeBase64(text)), text);
   }
-  for (const char* bad : {"TWF", "TW=u", "T===", "TWF\x01"}) EXPECT_FALSE(DecodeBase64(bad)) << bad;
+  for (const char* bad : {"TWF", "TW=u", "T===", "TWF\x01"})
+    EXPECT_FALSE(workbench::DecodeBase64(bad)) << bad;
 }
 
 TEST(Trace, SaysWhichLineIsNone) {

@@ -21,6 +21,25 @@ void RequireCallable(const py::object& function, const char* what) {
                        std::string(py::str(py::type::of(function).attr("__name__"))) + "'");
 }
 
+workbench::Options OptionsWithTrace(const std::string& trace_file) {
+  workbench::Options options;
+  options.trace_file = trace_file;
+  if (trace_file.empty()) options.trace_file = workbench::TraceFileOfEnvironment();
+  options.trace_header.program = "qkel4x";
+  return options;
+}
+
+/// The process's own workbench. Made when it is first needed, so that a trace file that cannot be opened
+/// fails a driver and not the import; never destroyed.
+workbench::Workbench& OwnBench() {
+  static workbench::Workbench* const own = [] {
+    auto* made = new workbench::Workbench(OptionsWithTrace({}));
+    made->Runtime().InterruptWhen(&Call::Interrupted);
+    return made;
+  }();
+  return *own;
+}
+
 /// Programmatic names count in any letter case.
 py::object Key(std::string_view class_name) { return TextToPython(class_name).attr("lower")(); }
 
@@ -34,10 +53,9 @@ PythonHost& PythonHost::Instance() {
 PythonHost::PythonHost() {
   state_["classes"] = py::dict();
   for (const char* const part : {"wait", "simulation", "log", "reporter"}) state_[part] = py::none();
-  own_.Runtime().InterruptWhen(&Call::Interrupted);
 }
 
-workbench::Workbench& PythonHost::Bench() { return bench_of_call != nullptr ? *bench_of_call : own_; }
+workbench::Workbench& PythonHost::Bench() { return bench_of_call != nullptr ? *bench_of_call : OwnBench(); }
 
 PythonHost::OnBench::OnBench(workbench::Workbench* bench) : before_(std::exchange(bench_of_call, bench)) {}
 
@@ -236,18 +254,25 @@ void BindHost(py::module_& module) {
   using workbench::Workbench;
   py::class_<Workbench, std::shared_ptr<Workbench>>(
       module, "Bench", "A host for one driver alone: its own clock, serial device and record of errors.")
-      .def(py::init([](bool virtual_clock, const std::string& serial_device) {
-             workbench::Options options;
+      .def(py::init([](bool virtual_clock, const std::string& serial_device, const std::string& trace_file) {
+             workbench::Options options = OptionsWithTrace(trace_file);
              options.virtual_clock = virtual_clock;
              if (!serial_device.empty()) {
                options.serial_devices = {serial_device};
                options.virtual_com1 = false;
              }
-             auto bench = std::make_shared<Workbench>(std::move(options));
+             auto bench = InComponent([&] { return std::make_shared<Workbench>(options); });
+             // The environment's trace is one for the process, however many drivers come and go.
+             static std::shared_ptr<workbench::TraceWriter> kept;
+             if (trace_file.empty() && bench->Trace()) kept = bench->Trace();
              bench->Runtime().InterruptWhen(&Call::Interrupted);
              return bench;
            }),
-           py::arg("virtual_clock"), py::arg("serial_device"))
+           py::arg("virtual_clock"), py::arg("serial_device"), py::arg("trace_file"))
+      .def("trace_lost",
+           [](Workbench& bench) {
+             return TextToPython(bench.Trace() ? bench.Trace()->Lost() : std::string());
+           })
       .def("last_error", [](Workbench& bench) {
         const std::vector<workbench::RecordedError> errors = bench.Errors().Recorded();
         return TextToPython(errors.empty() ? std::string() : errors.back().description);

@@ -73,10 +73,8 @@ class PythonHost final : public host::Host,
               std::string_view detail) override;
   void KindEnabled(std::int32_t kind, bool enabled) override;
 
-  workbench::Workbench& Bench();
+  static workbench::Workbench& Bench();
   void Apply();
-
-  workbench::Workbench own_;
 
   py::dict state_;  // "classes" (a dict), "wait", "simulation", "log", "reporter"
   // What of it there is, so that a driver takes the interpreter lock only where Python has a say.

@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import csv
 import io
+import json
+import os
 import struct
 import time
 import zlib
@@ -193,3 +195,46 @@ def test_pcx_images(image: bytes, pixels: list[tuple[int, int, int]]) -> None:
 def test_damaged_pcx_images(image: bytes, words: str) -> None:
     with pytest.raises(ValueError, match=words):
         _picture.pcx_to_png(image)
+
+
+def events_of(path: Path) -> list[dict[str, Any]]:
+    return [json.loads(line) for line in path.read_text(encoding="utf-8").splitlines()]
+
+
+def test_a_trace_file_holds_every_transfer(
+    instrument: Instrument, quick_waits: list[float], tmp_path: Path
+) -> None:
+    path = tmp_path / "session.ndjson"
+    with qkel4x.open(instrument.resource, trace_file=path) as kel:
+        assert isinstance(kel.MeasureRfLevel, float)
+    header, *events = events_of(path)
+    assert (header["trace"], header["format"], header["program"]) == ("kel4x", 1, "qkel4x")
+    assert header["secrets"].startswith("none")
+    sent = [event["text"] for event in events if event["direction"] == "sent"]
+    assert sent[-3:] == ["READ:RF:LEVEL?", "SYST:ERR?", "SYST:LOC"]
+    opened = [event for event in events if event.get("class") == "QPort.clsEthernet"]
+    assert opened[0]["settings"]["TCP/IP.Port"] == str(instrument.port)
+    assert events[-1]["direction"] == "closed"
+
+
+def test_the_environment_may_name_a_trace_file_for_all_sessions(
+    monkeypatch: pytest.MonkeyPatch, tmp_path: Path
+) -> None:
+    monkeypatch.setenv("QKEL4X_TRACE_FILE", str(tmp_path / "%p.ndjson"))
+    for _ in range(2):
+        with qkel4x.open("SIM") as kel:
+            assert kel.ModelNumber != ""
+    monkeypatch.setenv("QKEL4X_TRACE_FILE", str(tmp_path / "other.ndjson"))
+    with qkel4x.open("SIM"):
+        pass
+    events = events_of(tmp_path / f"{os.getpid()}.ndjson")
+    assert [event.get("text") for event in events].count("SYST:REM") == 2
+
+
+def test_a_trace_file_that_cannot_be_had_is_an_error_and_a_full_disk_a_warning(tmp_path: Path) -> None:
+    with pytest.raises(qkel4x.AutomationError, match="none/t.ndjson cannot be opened") as raised:
+        qkel4x.open("SIM", trace_file=tmp_path / "none" / "t.ndjson")
+    assert raised.value.number == 75
+    with pytest.warns(RuntimeWarning, match="not complete: No space left"):
+        with qkel4x.open("SIM", trace_file="/dev/full") as kel:
+            assert kel.ModelNumber != ""

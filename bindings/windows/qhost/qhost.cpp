@@ -30,6 +30,8 @@ workbench::Workbench& TheWorkbench() {
     workbench::Options options;
     const char* clock = std::getenv("QHOST_CLOCK");
     options.virtual_clock = clock != nullptr && std::string_view(clock) == "virtual";
+    options.trace_file = workbench::TraceFileOfEnvironment();
+    options.trace_header.program = "QHost.dll";
     auto* made = new workbench::Workbench(std::move(options));
     host::SetCurrentHost(made);
     return made;

@@ -24,15 +24,23 @@ class Session(_core.clsKEL4x):
 
     __slots__ = ("_bench", "_resource_name")
 
-    def __init__(self, resource: str, settings: Mapping[str, Any] | None = None) -> None:
+    def __init__(
+        self,
+        resource: str,
+        settings: Mapping[str, Any] | None = None,
+        trace_file: str | os.PathLike[str] | None = None,
+    ) -> None:
         """As open(): prepare the driver and put it on line."""
         from . import _resource
 
         parsed = _resource.parse(resource)
         self._resource_name = resource
         # A driver of its own host, so that the embedded instrument's time is simulated and a device can be named.
-        self._bench = _core.Bench(parsed.port == "QPort.clsGUI", parsed.serial_device)
-        super().__init__(self._bench)
+        bench = _core.Bench(
+            parsed.port == "QPort.clsGUI", parsed.serial_device, os.fspath(trace_file) if trace_file is not None else ""
+        )
+        super().__init__(bench)
+        self._bench = bench
         tree = self.IDriverSetup.Settings
         tree.Item("Remote Control").SetValue(-1, -1, parsed.port)
         for path, value in {**parsed.settings, **(settings or {})}.items():
@@ -51,6 +59,10 @@ class Session(_core.clsKEL4x):
         """Return the instrument to local control and close the port; nothing happens where that was done before."""
         if self.IDriverSetup.OnLine:
             self.IDriverSetup.OnLine = False
+        if lost := self._bench.trace_lost():
+            import warnings
+
+            warnings.warn(f"the trace file is not complete: {lost}", RuntimeWarning, stacklevel=2)
 
     def __enter__(self) -> Session:
         return self
@@ -61,6 +73,8 @@ class Session(_core.clsKEL4x):
         self.close()
 
     def __repr__(self) -> str:
+        if not hasattr(self, "_bench"):
+            return "<qkel4x.Session that was not made>"
         state = "on line" if self.IDriverSetup.OnLine else "off line"
         return f"<qkel4x.Session {self._resource_name} {state}>"
 
@@ -83,12 +97,17 @@ class Session(_core.clsKEL4x):
         return _picture.save(self, path)
 
 
-def open(resource: str | None = None, settings: Mapping[str, Any] | None = None) -> Session:
+def open(
+    resource: str | None = None,
+    settings: Mapping[str, Any] | None = None,
+    trace_file: str | os.PathLike[str] | None = None,
+) -> Session:
     """Put a driver on line, for use in a with statement: local again at its end, whatever happens.
 
     resource   "TCPIP::host::5025::SOCKET", "ASRL1::INSTR", "ASRL::/dev/ttyUSB0::INSTR", "GPIB0::6::INSTR", or "SIM" for
                the embedded instrument, whose waits cost no time; by default what the environment's KEL4X_RESOURCE says
     settings   further settings by dotted path, such as {"RS232.Baud Rate": 9600}
+    trace_file records every transfer there, for kel4x replay; by default what the environment's QKEL4X_TRACE_FILE says
 
     Fails with ValueError on a name of no known form and with AutomationError where the port does not open.
     """
@@ -97,4 +116,4 @@ def open(resource: str | None = None, settings: Mapping[str, Any] | None = None)
         from . import _resource
 
         raise ValueError(f"no resource was given and KEL4X_RESOURCE is not set; it may be {_resource.FORMS}")
-    return Session(name, settings)
+    return Session(name, settings, trace_file)
