@@ -7,6 +7,8 @@ under_wine.py FOLDER run PROGRAM...  run a program; its exit code counts
 under_wine.py FOLDER script FILE...  run a script; only a script that ends with WScript.Quit 42 has passed
 under_wine.py FOLDER picture PROGRAM...
                                      run a program with the name of a PNG file as its last argument and look at it
+under_wine.py FOLDER trace PROGRAM...
+                                     run a program with QKEL4X_TRACE_FILE set and look at what it recorded
 under_wine.py FOLDER fresh BIN       hold registration and unregistration to a prefix that knows nothing
 
 --instrument SERVER before the action serves an instrument meanwhile: PORT in the arguments stands for its TCP port, and
@@ -14,6 +16,7 @@ COM8 of the prefix is its serial line.
 """
 
 import contextlib
+import json
 import os
 import pathlib
 import shutil
@@ -196,6 +199,24 @@ def picture(wine, *command):
     return 0
 
 
+def trace(wine, *command):
+    """One file for the process, with every transfer in it up to the end of the process."""
+    with tempfile.TemporaryDirectory(dir=wine.temporary) as folder:
+        ended = wine.run(*command, QKEL4X_TRACE_FILE=windows_path(folder) + "\\%p.ndjson")
+        files = list(pathlib.Path(folder).iterdir())
+        texts = [file.read_text(encoding="utf-8") for file in files]
+    if ended.returncode != 0 or len(files) != 1 or "%p" in files[0].name:
+        sys.exit(f"{command[0]} ended with {ended.returncode} and recorded into {files}")
+    header, *events = [json.loads(line) for line in texts[0].splitlines()]
+    if (header["trace"], header["format"], header["program"]) != ("kel4x", 1, "QHost.dll"):
+        sys.exit(f"the recording begins with {header}")
+    sent = [event["text"] for event in events if event["direction"] == "sent"]
+    if "READ:RF:LEVEL?" not in sent or not any("TCP/IP.Port" in event.get("settings", {}) for event in events):
+        sys.exit(f"the recording is not whole:\n{texts[0]}")
+    print(f"{len(events)} events")
+    return 0
+
+
 @contextlib.contextmanager
 def instrument(wine, server):
     if server is None:
@@ -234,6 +255,8 @@ def main(arguments):
         rest = [argument.replace("PORT", port) for argument in rest] if port else rest
         if action == "script":
             return script(wine, *rest)
+        if action == "trace":
+            return trace(wine, *rest)
         if action == "picture":
             return picture(wine, *rest)
         ended = wine.run(*rest)

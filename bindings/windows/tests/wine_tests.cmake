@@ -49,6 +49,7 @@ endforeach()
 add_wine_test(example_early_bound ${with_instrument} run ${clients}/early_bound.exe 127.0.0.1 PORT)
 set_tests_properties(windows_example_early_bound PROPERTIES PASS_REGULAR_EXPRESSION "level -[0-9.]+ dBm, MER [0-9.]+ dB"
                                                           FAIL_REGULAR_EXPRESSION "ended with")
+add_wine_test(trace_of_a_host ${with_instrument} trace ${clients}/early_bound.exe 127.0.0.1 PORT)
 set(tcp TCPIP::127.0.0.1::PORT::SOCKET)
 add_wine_test(tool_get ${with_instrument} run ${clients}/kel4x.exe --resource ${tcp} get Identity)
 set_tests_properties(windows_tool_get PROPERTIES PASS_REGULAR_EXPRESSION "HALVERN&TOSKE,KEL 40,"
