@@ -18,6 +18,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <exception>
 #include <system_error>
@@ -322,8 +323,7 @@ void TraceWriter::Observe(const TransferRecord& record) noexcept {
   const std::lock_guard lock(mutex_);
   if (!lost_.empty()) return;
   const std::size_t before = buffer_.size();
-  const std::chrono::microseconds duration(
-      static_cast<std::int64_t>(std::clamp(record.seconds, 0.0, 1e9) * 1e6 + 0.5));
+  const std::chrono::microseconds duration(std::llround(std::clamp(record.seconds, 0.0, 1e9) * 1e6));
   try {
     AppendRecord(record, duration);
   } catch (const std::exception& failure) {
