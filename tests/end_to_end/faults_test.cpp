@@ -268,16 +268,19 @@ TEST_P(FaultsTest, AReadingIsRightOrAnErrorThatSaysWhy) {
   GoOnLine();
   spoiler_.query = "READ:RF:LEVEL?";
   ExpectTrueLevel();
+  const std::size_t asked_before = spoiler_.true_replies.size();
   spoiler_.fault = &fault_;
   const auto begin = steady_clock::now();
   if (fault_.error.empty()) {
     EXPECT_NO_THROW(ExpectTrueLevel()) << bench_.LastLinkError();
+    RecordProperty("outcome", spoiler_.true_replies.size() - asked_before == 1 ? "reading" : "asked again");
   } else {
     try {
       FAIL() << "read as " << driver_.MeasureRfLevel();
     } catch (const host::AutomationError& error) {
       // Where the link is gone, so is the error queue that the description would end with.
       const bool lost = !bench_.Port()->OnLine();
+      RecordProperty("outcome", error.Code());
       EXPECT_EQ(error.Code(), lost ? 2010 : 2004);
       const char* const says =
           lost ? "the port is not open any more: " : "Get MeasureRfLevel failed.  Error : ";
