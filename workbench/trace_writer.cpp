@@ -21,6 +21,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <exception>
+#include <span>
 #include <system_error>
 
 #include "host/automation_error.h"
@@ -34,8 +35,6 @@ constexpr std::int32_t kPathAccess = 75;
 constexpr std::size_t kBuffer = 64UL * 1024UL;
 constexpr std::size_t kLargestKeptBuffer = 256UL * 1024UL;
 constexpr std::chrono::milliseconds kKeptBack{250};
-
-thread_local const SettingTexts* settings_of_opening = nullptr;
 
 // The file ----------------------------------------------------------------------------------------
 
@@ -134,7 +133,7 @@ void AppendSeconds(std::string& out, std::int64_t micros) {
   out.append(digits.data(), digits.size());
 }
 
-void AppendSettings(std::string& out, const SettingTexts& settings) {
+void AppendSettings(std::string& out, std::span<const std::pair<std::string, std::string>> settings) {
   out += ",\"settings\":{";
   for (const auto& [name, value] : settings) {
     if (out.back() != '{') out += ',';
@@ -248,9 +247,6 @@ void TraceWriter::End() noexcept {
   WriteOut();
 }
 
-TraceWriter::OpeningWith::OpeningWith(const SettingTexts& settings) { settings_of_opening = &settings; }
-TraceWriter::OpeningWith::~OpeningWith() { settings_of_opening = nullptr; }
-
 // Lines -------------------------------------------------------------------------------------------
 
 void TraceWriter::AppendHeader(const TraceHeader& header) {
@@ -304,7 +300,7 @@ void TraceWriter::AppendRecord(const TransferRecord& record, std::chrono::micros
   if (record.kind == Kind::kOpened) {
     buffer_ += ",\"class\":";
     AppendJsonText(buffer_, record.port);
-    if (settings_of_opening != nullptr) AppendSettings(buffer_, *settings_of_opening);
+    AppendSettings(buffer_, record.settings);
   } else if (!record.received.empty() || (!failed && record.kind == Kind::kExchange)) {
     AppendBytes(buffer_, record.received, record.kind == Kind::kBlock);
   }

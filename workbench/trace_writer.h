@@ -63,15 +63,6 @@ class TraceWriter final : public TransferObserver {
 
   const std::filesystem::path& File() const { return path_; }
 
-  /// While it lives, an opening on this thread is recorded with these settings.
-  class OpeningWith {
-   public:
-    explicit OpeningWith(const SettingTexts& settings);
-    ~OpeningWith();
-    OpeningWith(const OpeningWith&) = delete;
-    OpeningWith& operator=(const OpeningWith&) = delete;
-  };
-
  private:
   struct Living;
 

@@ -3,7 +3,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <span>
+#include <string>
 #include <string_view>
+#include <utility>
 
 namespace workbench {
 
@@ -26,6 +29,7 @@ struct TransferRecord {
   double seconds = 0;
   std::int32_t error_number = 0;  ///< as raised; 0 where the transfer succeeded
   std::string_view error;         ///< the description of the error; empty where the transfer succeeded
+  std::span<const std::pair<std::string, std::string>> settings;  ///< of the port, when it went on line
 };
 
 /// Sees every transfer of every port of a workbench, on the thread that makes it.

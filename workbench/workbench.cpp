@@ -72,32 +72,6 @@ class Workbench::Tracing final : public TransferObserver {
   MessageLog* log_;
 };
 
-/// A port whose settings the trace is told when it opens.
-class Workbench::TracedPort final : public host::Transport {
- public:
-  explicit TracedPort(std::shared_ptr<host::Transport> port) : port_(std::move(port)) {}
-
-  std::string Name() override { return port_->Name(); }
-  void Name(std::string_view name) override { port_->Name(name); }
-  std::shared_ptr<host::ParameterNode> Settings() override { return port_->Settings(); }
-  bool OnLine() override { return port_->OnLine(); }
-  void OnLine(bool on_line) override {
-    SettingTexts settings;
-    if (on_line) settings = SettingTextsOf(*port_->Settings(), port_->Settings()->Name());
-    const TraceWriter::OpeningWith opening(settings);
-    port_->OnLine(on_line);
-  }
-  float Timeout() override { return port_->Timeout(); }
-  void Timeout(float seconds) override { port_->Timeout(seconds); }
-  void Write(std::string_view command) override { port_->Write(command); }
-  void Exchange(std::string_view command, std::string* reply) override { port_->Exchange(command, reply); }
-  std::string Query(std::optional<std::string_view> command) override { return port_->Query(command); }
-  host::BlockTransfer* Blocks() override { return port_->Blocks(); }
-
- private:
-  const std::shared_ptr<host::Transport> port_;
-};
-
 Workbench::Workbench(Options options)
     : options_(std::move(options)),
       services_(std::make_shared<Services>(
@@ -113,11 +87,12 @@ Workbench::Workbench(Options options)
     services_->tracing = std::move(tracing);
     Observe(nullptr);
   }
-  RegisterPort("QPort.clsGPIB", [services = services_] { return std::make_shared<GpibPort>(services); });
-  RegisterPort("QPort.clsComm", [this] {
+  RegisterTransport("QPort.clsGPIB", [services = services_] { return std::make_shared<GpibPort>(services); });
+  RegisterTransport("QPort.clsComm", [this] {
     return std::make_shared<SerialPort>(services_, SerialPorts{options_.serial_devices, HasVirtualCom1()});
   });
-  RegisterPort("QPort.clsEthernet", [services = services_] { return std::make_shared<TcpPort>(services); });
+  RegisterTransport("QPort.clsEthernet",
+                    [services = services_] { return std::make_shared<TcpPort>(services); });
   RegisterEmbedded("QPort.clsGUI", "GUI");
 }
 
@@ -176,20 +151,13 @@ std::shared_ptr<TraceWriter> Workbench::Trace() const {
   return tracing_ != nullptr ? tracing_->Trace() : nullptr;
 }
 
-void Workbench::RegisterPort(std::string_view class_name, TransportFactory factory) {
-  if (tracing_ != nullptr) {
-    factory = [make = std::move(factory)] { return std::make_shared<TracedPort>(make()); };
-  }
-  RegisterTransport(class_name, std::move(factory));
-}
-
 std::shared_ptr<simulator::SharedInstrument> Workbench::FrontPanel(const std::string& name) {
   return instruments_->Find(name);
 }
 
 void Workbench::RegisterEmbedded(std::string_view class_name, std::string_view group) {
-  RegisterPort(class_name, [services = services_, instruments = instruments_,
-                            class_text = std::string(class_name), group_text = std::string(group)] {
+  RegisterTransport(class_name, [services = services_, instruments = instruments_,
+                                 class_text = std::string(class_name), group_text = std::string(group)] {
     return std::make_shared<FrontPanelPort>(
         services, [instruments](const std::string& name) { return instruments->Find(name); }, class_text,
         group_text);

@@ -93,13 +93,10 @@ class Workbench final : public host::Host {
 
  private:
   class Tracing;
-  class TracedPort;
   struct Registered {
     std::string name;
     TransportFactory make;
   };
-
-  void RegisterPort(std::string_view class_name, TransportFactory factory);
 
   const Options options_;
   const std::shared_ptr<Services> services_;

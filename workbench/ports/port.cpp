@@ -544,6 +544,11 @@ void Port::Report(const Transfer& transfer, TransferRecord::Kind kind, std::stri
                                              std::chrono::duration<double>(record.seconds));
   record.error_number = number;
   record.error = error;
+  SettingTexts settings;
+  if (kind == TransferRecord::Kind::kOpened) {
+    settings = SettingTextsOf(*settings_, settings_->Name());
+    record.settings = settings;
+  }
   observer->Observe(record);
 }
 

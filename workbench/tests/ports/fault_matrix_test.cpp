@@ -175,7 +175,8 @@ std::string CaseName(const testing::TestParamInfo<std::tuple<Bus, std::size_t>>&
 }
 
 INSTANTIATE_TEST_SUITE_P(AllBuses, FaultMatrixTest,
-                         testing::Combine(testing::ValuesIn(kBuses), testing::Range<std::size_t>(0, Faults().size())),
+                         testing::Combine(testing::ValuesIn(kBuses),
+                                          testing::Range<std::size_t>(0, Faults().size())),
                          CaseName);
 
 class BusTest : public testing::TestWithParam<Bus> {};
