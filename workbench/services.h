@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <utility>
 
@@ -12,9 +11,6 @@
 #include "workbench/transfer_observer.h"
 
 namespace workbench {
-
-/// Puts something between a port and its link.
-using LinkWrapper = std::function<std::unique_ptr<Link>(std::unique_ptr<Link>)>;
 
 /// Held together by the workbench and its ports, so that a port may outlive the workbench.
 struct Services {

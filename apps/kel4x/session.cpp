@@ -36,6 +36,7 @@ std::string PortClass(Resource::Port port) {
 
 workbench::Options HostOptions(const SessionOptions& options) {
   workbench::Options made;
+  made.wrap_link = options.wrap_link;
   made.virtual_clock = options.virtual_time || options.resource.port == Resource::Port::kSimulated;
   const Resource& resource = options.resource;
   if (options.any_serial_port) {

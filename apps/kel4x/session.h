@@ -30,6 +30,8 @@ struct SessionOptions {
   bool any_serial_port = false;
   /// Puts something in the place of the port, given the port; for replaying.
   std::function<std::shared_ptr<host::Transport>(std::shared_ptr<host::Transport>)> replace_port;
+  /// Puts something between the port and its link; for looking at the bytes.
+  workbench::LinkWrapper wrap_link;
 };
 
 /// Why a call failed.

@@ -148,21 +148,20 @@ struct Spoiler {
 };
 
 /// Lets the reply to one query arrive in another way than it was sent.
-class FaultyLink final : public Link {
+class FaultyLink final : public workbench::WrappedLink {
  public:
-  FaultyLink(std::unique_ptr<Link> link, Spoiler& spoiler) : link_(std::move(link)), spoiler_(spoiler) {}
+  FaultyLink(std::unique_ptr<Link> link, Spoiler& spoiler)
+      : WrappedLink(std::move(link)), spoiler_(spoiler) {}
 
-  std::string_view Peer() const override { return link_->Peer(); }
-  std::string Fault() const override { return ended_ ? "the connection was reset" : link_->Fault(); }
+  std::string Fault() const override { return ended_ ? "the connection was reset" : WrappedLink::Fault(); }
   void Release(const workbench::Deadline& deadline) override {
-    if (!ended_) link_->Release(deadline);
+    if (!ended_) WrappedLink::Release(deadline);
   }
-  bool MarksEnd() const override { return link_->MarksEnd(); }
 
   Attempt Send(std::string_view rest) override {
     if (ended_) return {*ended_, 0, false};
     asked_ = rest.starts_with(spoiler_.query);
-    return link_->Send(rest);
+    return WrappedLink::Send(rest);
   }
 
   Attempt Receive(std::span<char> into) override { return ReceiveFrom(&Link::Receive, into); }
@@ -171,20 +170,20 @@ class FaultyLink final : public Link {
   Cleared Clear(const workbench::Deadline& deadline, double since) override {
     chunks_.clear();
     stopped_ = false;
-    return link_->Clear(deadline, since);
+    return WrappedLink::Clear(deadline, since);
   }
 
   Attempt DropArrived() override {
     if (ended_) return {*ended_, 0, false};
     chunks_.clear();
-    return link_->DropArrived();
+    return WrappedLink::DropArrived();
   }
 
  private:
   Attempt ReceiveFrom(Attempt (Link::*receive)(std::span<char>), std::span<char> into) {
     if (asked_) {
       std::array<char, 4096> bytes;
-      const Attempt attempt = (*link_.*receive)(bytes);
+      const Attempt attempt = (Wrapped().*receive)(bytes);
       if (attempt.outcome != Attempt::Outcome::kDone) return attempt;
       reply_.append(bytes.data(), attempt.bytes);
       if (reply_.back() != '\n') return {};
@@ -198,7 +197,7 @@ class FaultyLink final : public Link {
       std::this_thread::sleep_for(20ms);
       return {};
     }
-    return (*link_.*receive)(into);
+    return (Wrapped().*receive)(into);
   }
 
   void Arrive(const std::string& reply) {
@@ -225,10 +224,9 @@ class FaultyLink final : public Link {
     std::copy_n(bytes.begin(), size, into.begin());
     bytes.erase(0, size);
     if (bytes.empty()) chunks_.pop_front();
-    return {Attempt::Outcome::kDone, size, link_->MarksEnd() && ends_ && chunks_.empty()};
+    return {Attempt::Outcome::kDone, size, MarksEnd() && ends_ && chunks_.empty()};
   }
 
-  std::unique_ptr<Link> link_;
   Spoiler& spoiler_;
   bool asked_ = false;  // the reply that comes next is the one to spoil
   std::string reply_;

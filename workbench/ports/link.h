@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "workbench/ports/deadline.h"
 
@@ -67,5 +70,30 @@ class Link {
   /// text.
   virtual bool MarksEnd() const { return false; }
 };
+
+/// A link around another one that passes everything on, for those that change a part of it.
+class WrappedLink : public Link {
+ public:
+  explicit WrappedLink(std::unique_ptr<Link> link) : link_(std::move(link)) {}
+
+  std::string_view Peer() const override { return link_->Peer(); }
+  Attempt Send(std::string_view rest) override { return link_->Send(rest); }
+  Attempt Receive(std::span<char> into) override { return link_->Receive(into); }
+  Attempt ReceiveUnasked(std::span<char> into) override { return link_->ReceiveUnasked(into); }
+  std::string Fault() const override { return link_->Fault(); }
+  void Release(const Deadline& deadline) override { link_->Release(deadline); }
+  Cleared Clear(const Deadline& deadline, double since) override { return link_->Clear(deadline, since); }
+  Attempt DropArrived() override { return link_->DropArrived(); }
+  bool MarksEnd() const override { return link_->MarksEnd(); }
+
+ protected:
+  Link& Wrapped() { return *link_; }
+
+ private:
+  std::unique_ptr<Link> link_;
+};
+
+/// Puts something between a port and its link.
+using LinkWrapper = std::function<std::unique_ptr<Link>(std::unique_ptr<Link>)>;
 
 }  // namespace workbench

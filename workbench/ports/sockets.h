@@ -41,6 +41,7 @@ inline int LastError() { return WSAGetLastError(); }
 inline bool WouldBlock(int error) { return error == WSAEWOULDBLOCK || error == WSAETIMEDOUT; }
 inline bool Connecting(int error) { return error == WSAEWOULDBLOCK; }
 inline bool Signalled(int error) { return error == WSAEINTR; }
+inline bool Refused(int error) { return error == WSAECONNREFUSED; }
 inline void Close(Socket socket) { closesocket(socket); }
 inline void Blocking(Socket socket, bool blocking) {
   u_long mode = blocking ? 0 : 1;
@@ -77,6 +78,7 @@ inline int LastError() { return errno; }
 inline bool WouldBlock(int error) { return error == EAGAIN || error == EWOULDBLOCK; }
 inline bool Connecting(int error) { return error == EINPROGRESS; }
 inline bool Signalled(int error) { return error == EINTR; }
+inline bool Refused(int error) { return error == ECONNREFUSED; }
 inline void Close(Socket socket) { ::close(socket); }
 inline void Blocking(Socket socket, bool blocking) {
   const int flags = ::fcntl(socket, F_GETFL);

@@ -145,8 +145,17 @@ std::string Numeric(const addrinfo& address) {
   return PeerName(host_text.data(), port_text.data());
 }
 
+struct Refusal {
+  std::string why;
+  bool reached = false;  // the host is there, the port is not
+};
+
 /// None where the address did not take the connection; says why.
-std::optional<OwnedSocket> Connect(const addrinfo& address, const Deadline& deadline, std::string& why) {
+std::optional<OwnedSocket> Connect(const addrinfo& address, const Deadline& deadline, Refusal& refusal) {
+  const auto refused = [&refusal](int error) {
+    refusal = {sockets::ErrorText(error), sockets::Refused(error)};
+    return std::nullopt;
+  };
 #ifdef SOCK_CLOEXEC
   const int type = address.ai_socktype | SOCK_CLOEXEC;
 #else
@@ -154,36 +163,29 @@ std::optional<OwnedSocket> Connect(const addrinfo& address, const Deadline& dead
 #endif
   OwnedSocket socket(::socket(address.ai_family, type, address.ai_protocol));
   if (socket.Get() == sockets::kNone) {
-    why = sockets::ErrorText(sockets::LastError());
-    return std::nullopt;
+    return refused(sockets::LastError());
   }
   sockets::Blocking(socket.Get(), false);
   if (::connect(socket.Get(), address.ai_addr, static_cast<socklen_t>(address.ai_addrlen)) != 0) {
-    if (const int error = sockets::LastError(); !sockets::Connecting(error)) {
-      why = sockets::ErrorText(error);
-      return std::nullopt;
-    }
+    if (const int error = sockets::LastError(); !sockets::Connecting(error)) return refused(error);
     for (;;) {
       pollfd entry{};
       entry.fd = socket.Get();
       entry.events = POLLOUT;
       if (sockets::Poll(&entry, static_cast<int>(kSlice.count())) > 0) break;
       if (deadline.Interrupted()) {
-        why = "the host interrupted";
+        refusal.why = "the host interrupted";
         return std::nullopt;
       }
       if (deadline.Expired()) {
-        why = "no answer within " + SecondsText(deadline.Seconds());
+        refusal.why = "no answer within " + SecondsText(deadline.Seconds());
         return std::nullopt;
       }
     }
     int error = 0;
     socklen_t size = sizeof error;
     ::getsockopt(socket.Get(), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
-    if (error != 0) {
-      why = sockets::ErrorText(error);
-      return std::nullopt;
-    }
+    if (error != 0) return refused(error);
   }
   sockets::Blocking(socket.Get(), true);
   sockets::Flag(socket.Get(), IPPROTO_TCP, TCP_NODELAY, 1);
@@ -210,34 +212,61 @@ std::string PeerName(std::string_view host_name, std::string_view port) {
   return text.append(":").append(port);
 }
 
+namespace {
+
+/// Connects to the first address that takes it, and says how far it got.
 std::unique_ptr<Link> ConnectTcp(const std::string& host_name, const std::string& port,
-                                 const Deadline& deadline, std::string& why) {
+                                 const Deadline& deadline, TcpLayers& layers) {
+  using Layer = TcpLayers::Layer;
   sockets::Start();
+  layers.fails = Layer::kName;
   if (deadline.Interrupted()) {
-    why = "the host interrupted";
+    layers.why = "the host interrupted";
     return nullptr;
   }
   const auto resolution = ResolveInTime(host_name, port, deadline);
   if (!resolution) {
-    why = deadline.Interrupted() ? "the host interrupted the look-up of the name"
-                                 : "the name was not found within " + SecondsText(deadline.Seconds());
+    layers.why = deadline.Interrupted() ? "the host interrupted the look-up of the name"
+                                        : "the name was not found within " + SecondsText(deadline.Seconds());
     return nullptr;
   }
   if (resolution->error != 0) {
-    why = std::string("the name was not found (") + ::gai_strerror(resolution->error) + ")";
+    layers.why = std::string("the name was not found (") + ::gai_strerror(resolution->error) + ")";
     return nullptr;
   }
+  layers.fails = Layer::kReachability;
   for (const addrinfo* address = resolution->addresses.get(); address != nullptr;
        address = address->ai_next) {
-    std::string reason;
-    auto socket = Connect(*address, deadline, reason);
+    Refusal refusal;
+    auto socket = Connect(*address, deadline, refusal);
     const std::string numeric = Numeric(*address);
-    if (socket) return std::make_unique<TcpLink>(std::move(*socket), numeric);
-    if (!why.empty()) why += "; ";
-    why.append(numeric).append(": ").append(reason);
+    layers.addresses.append(layers.addresses.empty() ? "" : ", ").append(numeric);
+    if (socket) {
+      layers.fails = Layer::kAll;
+      return std::make_unique<TcpLink>(std::move(*socket), numeric);
+    }
+    if (refusal.reached) layers.fails = Layer::kPort;
+    if (!layers.why.empty()) layers.why += "; ";
+    layers.why.append(numeric).append(": ").append(refusal.why);
     if (deadline.Expired() || deadline.Interrupted()) break;
   }
   return nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<Link> ConnectTcp(const std::string& host_name, const std::string& port,
+                                 const Deadline& deadline, std::string& why) {
+  TcpLayers layers;
+  auto link = ConnectTcp(host_name, port, deadline, layers);
+  why = layers.why;
+  return link;
+}
+
+TcpLayers ExamineTcp(const std::string& host_name, const std::string& port, const Deadline& deadline) {
+  TcpLayers layers;
+  ConnectTcp(host_name, port, deadline, layers);
+  return layers;
 }
 
 }  // namespace workbench

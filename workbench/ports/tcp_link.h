@@ -18,4 +18,15 @@ std::string PeerName(std::string_view host_name, std::string_view port);
 std::unique_ptr<Link> ConnectTcp(const std::string& host_name, const std::string& port,
                                  const Deadline& deadline, std::string& why);
 
+/// How far a connection gets.
+struct TcpLayers {
+  enum class Layer { kName, kReachability, kPort, kAll };
+  Layer fails = Layer::kAll;  ///< the first that fails; kAll where none does
+  std::string addresses;      ///< of the name, where it was found
+  std::string why;            ///< it fails
+};
+
+/// Tries name, host and port of a connection one by one, and closes it again.
+TcpLayers ExamineTcp(const std::string& host_name, const std::string& port, const Deadline& deadline);
+
 }  // namespace workbench

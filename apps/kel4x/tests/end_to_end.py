@@ -62,8 +62,9 @@ class Simulator:
 class Scripted:
     """A server that answers each line with what `answer` makes of it, and remembers the lines."""
 
-    def __init__(self, answer):
+    def __init__(self, answer, terminator=b"\n"):
         self.answer = answer
+        self.terminator = terminator
         self.lines = []
         self.listener = socket.create_server(("127.0.0.1", 0))
         self.listener.settimeout(BOUND)
@@ -86,7 +87,7 @@ class Scripted:
                     continue
                 if reply is False:
                     return
-                connection.sendall(reply.encode() + b"\n")
+                connection.sendall(reply.encode() + self.terminator)
 
     def __enter__(self):
         return self
@@ -373,10 +374,23 @@ class Kel4xTest(unittest.TestCase):
             done = self.run_tool("--resource", simulator.resource, "--virtual-time", "doctor", "--json")
         layers = [json.loads(line) for line in done.stdout.splitlines()]
         self.assertEqual({layer["result"] for layer in layers}, {"good"})
+        self.assertEqual([layer["layer"] for layer in layers],
+                         ["resource", "driver", "name", "reachability", "port", "terminator", "identity", "error queue",
+                          "mode", "reading"])
         done = self.run_tool("--resource", simulator.resource, "doctor", "--json", code=3)
         last = json.loads(done.stdout.splitlines()[-1])
         self.assertEqual((last["layer"], last["result"]), ("port", "bad"))
-        self.assertIn("advice", last)
+        self.assertIn("nothing takes connections", last["advice"])
+        self.assertEqual(self.first_bad("TCPIP::no-such-host.invalid::5025::SOCKET"), "name")
+        self.assertEqual(self.first_bad("ASRL::/dev/no-such-device::INSTR"), "name")
+        with Scripted(lambda text: "0,\"No error\"", terminator=b"\r") as server:
+            self.assertEqual(self.first_bad(server.resource), "terminator")
+        with Scripted(lambda text: "ready" if text.endswith("?") else None) as server:
+            self.assertEqual(self.first_bad(server.resource), "error queue")
+
+    def first_bad(self, resource, *flags):
+        done = self.run_tool("--resource", resource, "doctor", "--json", *flags, code=3)
+        return [json.loads(line)["layer"] for line in done.stdout.splitlines() if '"bad"' in line][0]
 
     def test_a_recording_replays_and_a_changed_one_is_found_out(self):
         trace = self.path("t.ndjson")

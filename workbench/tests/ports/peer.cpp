@@ -339,12 +339,11 @@ void SerialAdapterPeer::Configure(host::ParameterNode& settings) {
 namespace {
 
 /// A link in whose place a script answers, within the caller's thread.
-class ScriptedLink final : public Link {
+class ScriptedLink final : public WrappedLink {
  public:
   ScriptedLink(std::unique_ptr<Link> link, Script script)
-      : link_(std::move(link)), script_(std::move(script)), wire_(*this) {}
+      : WrappedLink(std::move(link)), script_(std::move(script)), wire_(*this) {}
 
-  std::string_view Peer() const override { return link_->Peer(); }
   std::string Fault() const override { return "the connection was reset"; }
 
   Attempt Send(std::string_view rest) override {
@@ -370,9 +369,11 @@ class ScriptedLink final : public Link {
     return {Attempt::Outcome::kDone, size, false};
   }
 
+  Attempt ReceiveUnasked(std::span<char> into) override { return Receive(into); }
+
   Cleared Clear(const Deadline& deadline, double since) override {
     queue_.clear();
-    return link_->Clear(deadline, since);
+    return WrappedLink::Clear(deadline, since);
   }
 
   Attempt DropArrived() override {
@@ -412,7 +413,6 @@ class ScriptedLink final : public Link {
     return dropped;
   }
 
-  std::unique_ptr<Link> link_;
   Script script_;
   QueueWire wire_;
   std::string incoming_;
