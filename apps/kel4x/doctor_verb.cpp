@@ -161,13 +161,15 @@ void TellUnopened(const Examination& examination, const Resource& resource, Sess
     return;
   }
   if (resource.port == Resource::Port::kSerial) {
+    const std::string device = DeviceOf(resource);
     std::error_code unknown;
-    if (!std::filesystem::exists(DeviceOf(resource), unknown)) {
-      examination.Bad("name", DeviceOf(resource) + " is not there",
+    // The devices of Windows are no files.
+    if (device.starts_with('/') && !std::filesystem::exists(device, unknown)) {
+      examination.Bad("name", device + " is not there",
                       "kel4x list shows the serial ports of this machine; is the cable plugged in?");
       return;
     }
-    examination.Good("name", DeviceOf(resource) + " is there");
+    examination.Good("name", device);
     examination.Bad(
         "port", why,
         "Check that no other program uses it, and that you may open it (group dialout on Debian).");

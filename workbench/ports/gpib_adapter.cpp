@@ -18,6 +18,9 @@ constexpr char kEscape = '\x1b';
 constexpr milliseconds kReadTimeout{500};
 // An adapter that gives up sooner is not asked more often than this.
 constexpr milliseconds kReadPause{100};
+// After so much silence the mark of a read is taken for lost, and the adapter for one that must be opened
+// anew.
+constexpr milliseconds kLost = 2 * kReadTimeout;
 // A serial adapter may restart when its line is opened, and is spoken to again after this.
 constexpr milliseconds kIntroduction{1000};
 
@@ -88,7 +91,7 @@ class AdapterLink final : public Link {
       if (outgoing_.empty()) outgoing_ = "++read eoi\n++ver\n";
       if (const Attempt attempt = Flush(); attempt.outcome != Attempt::Outcome::kDone) return attempt;
       reading_ = true;
-      asked_at_ = steady_clock::now();
+      asked_at_ = heard_at_ = steady_clock::now();
     }
     return ReceiveUnasked(into);
   }
@@ -120,6 +123,7 @@ class AdapterLink final : public Link {
         fault_ = "the adapter is gone: " + stream_->Fault();
         return Cleared::kFailed;
       }
+      if (steady_clock::now() - heard_at_ > kLost) return Cleared::kReopen;
       if (deadline.Expired() || deadline.Interrupted()) {
         fault_ = "the adapter is still reading for the transfer before";
         return Cleared::kBusy;
@@ -169,6 +173,7 @@ class AdapterLink final : public Link {
     std::array<char, 4096> bytes;
     const Attempt attempt = stream_->Receive(bytes);
     text.append(bytes.data(), attempt.bytes);
+    if (attempt.bytes > 0) heard_at_ = steady_clock::now();
     return attempt;
   }
 
@@ -213,6 +218,7 @@ class AdapterLink final : public Link {
   std::string fault_;
   bool reading_ = false;  // a "++read" was sent whose mark has not come
   steady_clock::time_point asked_at_{};
+  steady_clock::time_point heard_at_{};
 };
 
 }  // namespace

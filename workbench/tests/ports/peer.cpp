@@ -284,7 +284,7 @@ void Adapter::Obey(Wire& wire) {
     if (in_charge_ && address_ == 6) device_.Write(line_ + "\n");
     return;
   }
-  if (line_ == "++ver") wire.Send("Test adapter, version 1.0\r\n");
+  if (line_ == "++ver" && !loses_version_.exchange(false)) wire.Send("Test adapter, version 1.0\r\n");
   if (line_.starts_with("++addr ")) address_ = std::stoi(line_.substr(7));
   if (line_ == "++mode 1") in_charge_ = true;
   if (line_.starts_with("++read_tmo_ms ")) {

@@ -139,12 +139,15 @@ class Adapter {
  public:
   explicit Adapter(BusDevice& device) : device_(device) {}
   void Take(std::string_view bytes, Wire& wire);
+  /// Its next answer to "++ver" gets lost.
+  void LoseVersion() { loses_version_ = true; }
 
  private:
   void Obey(Wire& wire);
   void Read(Wire& wire);
 
   BusDevice& device_;
+  std::atomic<bool> loses_version_{false};
   int address_ = -1;
   bool in_charge_ = false;
   std::chrono::milliseconds read_timeout_{1000};
@@ -171,10 +174,13 @@ class SerialAdapterPeer : public Peer {
  public:
   explicit SerialAdapterPeer(Script script);
   void Configure(host::ParameterNode& settings) override;
+  class Adapter& Adapter() {
+    return adapter_;
+  }
 
  private:
   BusDevice device_;
-  Adapter adapter_;
+  class Adapter adapter_;
   PtyPeer line_;
 };
 

@@ -426,6 +426,28 @@ TEST(GpibAdapterTest, AdapterThatRestartsWhenItIsOpenedIsSpokenToAgain) {
   EXPECT_EQ(port->Query("A?"), "A?");
 }
 
+TEST(GpibAdapterTest, ReadWhoseMarkGotLostIsOverAfterAWhile) {
+  SerialAdapterPeer peer(Echo);
+  Workbench host;
+  const auto port = PortTo(host, peer);
+  port->OnLine(true);
+  peer.Adapter().LoseVersion();
+  EXPECT_EQ(port->Query("A?"), "A?");
+  port->Timeout(1.0F);
+  std::vector<int> errors;
+  std::string reply;
+  while (reply.empty() && errors.size() < 5) {
+    try {
+      reply = port->Query("B?");
+    } catch (const host::AutomationError& error) {
+      errors.push_back(error.Code());
+    }
+  }
+  EXPECT_EQ(reply, "B?");
+  ASSERT_FALSE(errors.empty());
+  EXPECT_EQ(errors.front(), 2011) << "the next text was sent before the read was known to be over";
+}
+
 TEST(GpibAdapterTest, ReplyThatTakesLongerThanOneReadOfTheAdapterIsAskedForAgain) {
   Bench bench(Bus::kAdapter, [](std::string_view, Wire& wire) {
     wire.Pause(1200ms);
