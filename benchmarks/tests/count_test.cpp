@@ -123,11 +123,18 @@ TEST(Counts, TracedReadingOverTcp_AllocatesNothing) {
   EXPECT_EQ(AllocationsOf([&] { return driver->MeasureRfLevel(); }), 0U);
 }
 
+/// After a pause of 10 ms a port looks at what has arrived meanwhile; a busy machine makes such pauses.
+void ExpectTwoSendsAndTwoReceives(std::map<long, int>& counts) {
+  EXPECT_EQ(counts[SYS_sendto], 2 * kReadings);
+  EXPECT_GE(counts[SYS_recvfrom], 2 * kReadings);
+  EXPECT_LT(counts[SYS_recvfrom], 2 * kReadings + kReadings / 4);
+}
+
 TEST(Counts, ReadingOverTcp_TakesTwoSendsAndTwoReceives) {
   const Responder responder;
   std::unique_ptr<BenchHost> host;
   std::unique_ptr<qkel4x::clsKEL4x> driver;
-  const auto counts = CountSystemCalls(
+  auto counts = CountSystemCalls(
       [&] {
         host = std::make_unique<BenchHost>(BenchHost::Ethernet::kReal);
         driver = BenchHost::NewDriverOnLine(responder.Port());
@@ -136,8 +143,8 @@ TEST(Counts, ReadingOverTcp_TakesTwoSendsAndTwoReceives) {
       [&] {
         for (int i = 0; i < kReadings; ++i) driver->MeasureRfLevel();
       });
-  const std::map<long, int> expected{{SYS_sendto, 2 * kReadings}, {SYS_recvfrom, 2 * kReadings}};
-  EXPECT_EQ(counts, expected);
+  ExpectTwoSendsAndTwoReceives(counts);
+  EXPECT_EQ(counts.size(), 2U) << "there are other calls";
 }
 
 /// A trace writes 64 KiB at a time, and four times a second where less has come: a few calls in all.
@@ -154,8 +161,7 @@ TEST(Counts, TracedReadingOverTcp_TakesTwoSendsTwoReceivesAndAFewWrites) {
       [&] {
         for (int i = 0; i < kReadings; ++i) driver->MeasureRfLevel();
       });
-  EXPECT_EQ(counts[SYS_sendto], 2 * kReadings);
-  EXPECT_EQ(counts[SYS_recvfrom], 2 * kReadings);
+  ExpectTwoSendsAndTwoReceives(counts);
   EXPECT_GE(counts[SYS_write], 1);
   EXPECT_LT(counts[SYS_write], kReadings / 4);
 }

@@ -306,7 +306,8 @@ TEST_F(TraceWriterTest, WhatIsKeptBackIsWrittenWhenTheProcessEndsInOrder) {
   EXPECT_EXIT(
       {
         // As a host does that never destroys its workbench.
-        auto* kept = new std::shared_ptr<TraceWriter>(TraceWriter::Open(file_.string() + ".exit", {}));
+        static auto* const kept =
+            new std::shared_ptr<TraceWriter>(TraceWriter::Open(file_.string() + ".exit", {}));
         TransferRecord record = Exchange("A", "B");
         record.begin = std::chrono::system_clock::now();
         (*kept)->Observe(record);
