@@ -13,46 +13,28 @@
 #include "host/host.h"
 #include "simulator/pty_server.h"
 #include "simulator/tcp_server.h"
-#include "workbench/tests/ports/peer.h"
+#include "workbench/tests/ports/bench.h"
 #include "workbench/workbench.h"
 
 namespace end_to_end {
 
 using qkel4x::clsKEL4x;
 
-enum class Way { kTcp, kSerial, kGpibLibrary, kGpibAdapter, kGpibSerialAdapter, kFrontPanel };
-inline constexpr Way kWays[] = {
-    Way::kTcp, Way::kSerial, Way::kGpibLibrary, Way::kGpibAdapter, Way::kGpibSerialAdapter, Way::kFrontPanel};
+using workbench::test::Bus;
+using workbench::test::kBuses;
+using workbench::test::NameOf;
 
-inline std::string NameOf(Way way) {
-  switch (way) {
-    case Way::kTcp:
-      return "Tcp";
-    case Way::kSerial:
-      return "Serial";
-    case Way::kGpibLibrary:
-      return "GpibLibrary";
-    case Way::kGpibAdapter:
-      return "GpibAdapter";
-    case Way::kGpibSerialAdapter:
-      return "GpibSerialAdapter";
-    case Way::kFrontPanel:
-      return "FrontPanel";
-  }
-  return {};
-}
-
-inline std::string ClassOf(Way way) {
-  switch (way) {
-    case Way::kTcp:
+inline std::string ClassOf(Bus bus) {
+  switch (bus) {
+    case Bus::kTcp:
       return "QPort.clsEthernet";
-    case Way::kSerial:
+    case Bus::kSerial:
       return "QPort.clsComm";
-    case Way::kFrontPanel:
+    case Bus::kFrontPanel:
       return "QPort.clsGUI";
-    case Way::kGpibLibrary:
-    case Way::kGpibAdapter:
-    case Way::kGpibSerialAdapter:
+    case Bus::kLibrary:
+    case Bus::kAdapter:
+    case Bus::kSerialAdapter:
       break;
   }
   return "QPort.clsGPIB";
@@ -62,51 +44,51 @@ inline std::string ClassOf(Way way) {
 class Bench {
  public:
   /// `wrap` puts something between the port and its link.
-  explicit Bench(Way way, const workbench::LinkWrapper& wrap = {}) {
+  explicit Bench(Bus bus, const workbench::LinkWrapper& wrap = {}) {
     workbench::Options options;
     options.wrap_link = wrap;
     options.virtual_clock = true;
     options.serial_devices = {};
-    if (way == Way::kSerial) {
+    if (bus == Bus::kSerial) {
       pty_ = std::make_unique<simulator::PtyServer>(*instrument_);
       options.serial_devices[2] = pty_->Path();
     }
     host_ = std::make_unique<workbench::Workbench>(options);
     clock_.store(host_.get(), std::memory_order_release);
     host::SetCurrentHost(host_.get());
-    const std::string class_name = ClassOf(way);
+    const std::string class_name = ClassOf(bus);
     host_->RegisterTransport(class_name, [this, make = host_->UnregisterTransport(class_name)] {
       auto port = make();
       port_ = port;
       return port;
     });
     driver_ = std::make_unique<clsKEL4x>();
-    switch (way) {
-      case Way::kTcp:
+    switch (bus) {
+      case Bus::kTcp:
         tcp_ = std::make_unique<simulator::TcpServer>(*instrument_);
         Set("Remote Control", "TCP/IP");
         Set("TCP/IP.Port", std::to_string(tcp_->Port()));
         break;
-      case Way::kSerial:
+      case Bus::kSerial:
         Set("Remote Control", "RS232");
         Set("RS232.Comm Port", "COM3");
         break;
-      case Way::kGpibLibrary:
+      case Bus::kLibrary:
         Set("Remote Control", "GPIB");
         library_ = std::make_unique<workbench::test::LibraryPeer>(OnTheBus());
         library_->Configure(*driver_->Settings()->Item("GPIB"));
         break;
-      case Way::kGpibAdapter:
+      case Bus::kAdapter:
         Set("Remote Control", "GPIB");
         adapter_ = std::make_unique<workbench::test::AdapterPeer>(OnTheBus());
         adapter_->Configure(*driver_->Settings()->Item("GPIB"));
         break;
-      case Way::kGpibSerialAdapter:
+      case Bus::kSerialAdapter:
         Set("Remote Control", "GPIB");
         adapter_ = std::make_unique<workbench::test::SerialAdapterPeer>(OnTheBus());
         adapter_->Configure(*driver_->Settings()->Item("GPIB"));
         break;
-      case Way::kFrontPanel:
+      case Bus::kFrontPanel:
         Set("Remote Control", "GUI");
         break;
     }

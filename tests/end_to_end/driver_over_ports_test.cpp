@@ -11,7 +11,7 @@
 namespace end_to_end {
 namespace {
 
-class DriverOverPortsTest : public testing::TestWithParam<Way> {
+class DriverOverPortsTest : public testing::TestWithParam<Bus> {
  protected:
   Bench bench_{GetParam()};
   clsKEL4x& driver_ = bench_.Driver();
@@ -33,7 +33,7 @@ TEST_P(DriverOverPortsTest, GoesOnLineMeasuresAndGoesOffLine) {
   std::vector<std::uint8_t> screen;
   const auto capture_and_transfer =
       static_cast<qkel4x::KelScreenShotModes>(qkel4x::kelCapture | qkel4x::kelTransfer);
-  if (GetParam() == Way::kFrontPanel) {
+  if (GetParam() == Bus::kFrontPanel) {
     EXPECT_THROW(driver_.ScreenShot(capture_and_transfer, screen), host::AutomationError);
   } else {
     EXPECT_TRUE(driver_.ScreenShot(capture_and_transfer, screen));
@@ -64,7 +64,7 @@ TEST_P(DriverOverPortsTest, AnInterruptionReachesTheCallerAndTheNextReadingIsRig
   EXPECT_NEAR(driver_.MeasureRfLevel(), -43.2, 2.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(AllWays, DriverOverPortsTest, testing::ValuesIn(kWays),
+INSTANTIATE_TEST_SUITE_P(AllBuses, DriverOverPortsTest, testing::ValuesIn(kBuses),
                          [](const auto& test) { return NameOf(test.param); });
 
 }  // namespace

@@ -236,12 +236,12 @@ class FaultyLink final : public workbench::WrappedLink {
   std::optional<Attempt::Outcome> ended_;
 };
 
-class FaultsTest : public testing::TestWithParam<std::tuple<Way, std::size_t>> {
+class FaultsTest : public testing::TestWithParam<std::tuple<Bus, std::size_t>> {
  protected:
-  Way way_ = std::get<0>(GetParam());
+  Bus bus_ = std::get<0>(GetParam());
   const Fault& fault_ = kFaults[std::get<1>(GetParam())];
   Spoiler spoiler_;
-  Bench bench_{way_, [this](std::unique_ptr<Link> link) {
+  Bench bench_{bus_, [this](std::unique_ptr<Link> link) {
                  return std::make_unique<FaultyLink>(std::move(link), spoiler_);
                }};
   clsKEL4x& driver_ = bench_.Driver();
@@ -250,7 +250,7 @@ class FaultsTest : public testing::TestWithParam<std::tuple<Way, std::size_t>> {
     driver_.OnLine(true);
     ASSERT_TRUE(driver_.OnLine()) << bench_.LastLinkError();
     // An adapter is busy for half a second with a read that brings nothing.
-    const bool adapter = way_ == Way::kGpibAdapter || way_ == Way::kGpibSerialAdapter;
+    const bool adapter = bus_ == Bus::kAdapter || bus_ == Bus::kSerialAdapter;
     bench_.Port()->Timeout(adapter ? 0.8F : 0.25F);
   }
 
@@ -298,7 +298,7 @@ TEST_P(FaultsTest, AReadingIsRightOrAnErrorThatSaysWhy) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, FaultsTest,
-                         testing::Combine(testing::ValuesIn(kWays),
+                         testing::Combine(testing::ValuesIn(kBuses),
                                           testing::Range<std::size_t>(0, std::size(kFaults))),
                          [](const auto& test) {
                            return NameOf(std::get<0>(test.param)) + kFaults[std::get<1>(test.param)].name;
