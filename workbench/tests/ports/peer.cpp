@@ -119,6 +119,7 @@ void TcpPeer::Accept() {
     const int on = 1;
     ::setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     ++connections_;
+    const std::lock_guard lock(mutex_);
     std::erase_if(served_, [](Served& client) {
       if (!client.over) return false;
       client.thread.join();
@@ -133,6 +134,11 @@ void TcpPeer::Accept() {
       client.over = true;
     });
   }
+}
+
+void TcpPeer::Disconnect() {
+  const std::lock_guard lock(mutex_);
+  for (const Served& client : served_) ::shutdown(client.descriptor, SHUT_RDWR);
 }
 
 void TcpPeer::Configure(host::ParameterNode& settings) {

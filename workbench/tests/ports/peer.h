@@ -64,6 +64,8 @@ class TcpPeer : public Peer {
   void Configure(host::ParameterNode& settings) override;
   std::uint16_t Port() const { return port_; }
   int Connections() const { return connections_; }
+  /// Ends every connection from this side.
+  void Disconnect();
 
  private:
   struct Served {
@@ -79,7 +81,8 @@ class TcpPeer : public Peer {
   int listener_ = -1;
   std::uint16_t port_ = 0;
   std::atomic<int> connections_{0};
-  std::list<Served> served_;  // the acceptor's, once it runs
+  std::mutex mutex_;
+  std::list<Served> served_;
   std::thread acceptor_;
 };
 
@@ -163,6 +166,7 @@ class AdapterPeer : public Peer {
   explicit AdapterPeer(Script script, std::chrono::milliseconds deaf = {});
   void Configure(host::ParameterNode& settings) override;
   BusDevice& Device() { return device_; }
+  void Disconnect() { server_.Disconnect(); }
 
  private:
   BusDevice device_;

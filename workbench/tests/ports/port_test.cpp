@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -446,6 +447,40 @@ TEST(GpibAdapterTest, ReadWhoseMarkGotLostIsOverAfterAWhile) {
   EXPECT_EQ(reply, "B?");
   ASSERT_FALSE(errors.empty());
   EXPECT_EQ(errors.front(), 2011) << "the next text was sent before the read was known to be over";
+}
+
+TEST(GpibAdapterTest, LostConnectionIsALinkErrorInEachPhaseAndOverWithTheNextOnLine) {
+  AdapterPeer* peer = nullptr;
+  AdapterPeer adapter([&peer](std::string_view line, Wire& wire) {
+    if (line == "PART?") wire.Send("PA");
+    if (line == "BLOCK?") wire.Send("#210abc");
+    if (line == "BEFORE?") peer->Disconnect();
+    if (line == "A?") wire.Send("A\n");
+  });
+  peer = &adapter;
+  Workbench host;
+  const auto port = PortTo(host, adapter);
+  port->Timeout(2.0F);
+  const std::vector<std::function<void()>> phases = {
+      [&] { port->Query("BEFORE?"); },
+      [&] { port->Query("PART?"); },
+      [&] { port->Blocks()->ReadBlock(14, "BLOCK?"); },
+      [&] { port->Query("A?"), adapter.Disconnect(), port->Query("A?"); },
+  };
+  for (const auto& phase : phases) {
+    port->OnLine(true);
+    std::thread other([&] {
+      std::this_thread::sleep_for(100ms);
+      if (&phase == &phases[1] || &phase == &phases[2]) adapter.Disconnect();
+    });
+    const auto error = ErrorOf(phase);
+    other.join();
+    EXPECT_TRUE(error.Code() == 2010 || error.Code() == 2012) << error.Description();
+    EXPECT_FALSE(port->OnLine());
+    port->OnLine(true);
+    EXPECT_EQ(port->Query("A?"), "A");
+    port->OnLine(false);
+  }
 }
 
 TEST(GpibAdapterTest, ReplyThatTakesLongerThanOneReadOfTheAdapterIsAskedForAgain) {
