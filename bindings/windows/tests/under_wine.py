@@ -27,6 +27,8 @@ import tempfile
 import zlib
 
 PASSED = 42  # cscript gives 0 for a script that failed
+# On a 32-bit system, which tools/check-windows-x86 makes, Wine is a 32-bit one.
+BITS = "win64" if sys.maxsize > 2**32 else "win32"
 
 
 class Wine:
@@ -41,7 +43,7 @@ class Wine:
             name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")
         } | {
             "WINEPREFIX": str(self.prefix),
-            "WINEARCH": "win64",
+            "WINEARCH": BITS,
             "WINEDEBUG": "-all",
             "WINEDLLOVERRIDES": "mscoree,mshtml=;winedbg.exe=d",
             "HOME": str(self.home),
@@ -138,7 +140,7 @@ def fresh(wine, folder):
             for wanted in ("qkel4x.clskel4x\\clsid", "qkel4x.clsregister\\clsid", "qkel4x.clsstatistics\\clsid",
                            "qport.clsethernet\\clsid", "qappint.hostruntime\\clsid", "qapppar.parameternode\\clsid",
                            "qhost.application\\clsid", "\\inprocserver32", "\\proxystubclsid32",
-                           "\\1.0\\0\\win64", "\\helpdir"):
+                           f"\\1.0\\0\\{BITS}", "\\helpdir"):
                 if not any(key.endswith(wanted) for key in keys):
                     sys.exit(f"after regsvr32 {options} there is no {wanted} among the {hive}'s classes")
             # This Wine looks for classes in the machine's registry alone.
