@@ -303,17 +303,21 @@ void Adapter::Obey(Wire& wire) {
 
 /// The time-out runs anew with each byte.
 void Adapter::Read(Wire& wire) {
-  for (bool end = false; !end;) {
-    const std::string part = device_.Read(256, read_timeout_, end);
-    if (part.empty()) return;
+  constexpr std::chrono::milliseconds kSlice{10};
+  auto until = steady_clock::now() + read_timeout_;
+  for (bool end = false; !end && steady_clock::now() < until && !(abandoned_ && abandoned_());) {
+    const std::string part = device_.Read(256, kSlice, end);
+    if (part.empty()) continue;
     wire.Send(part);
+    until = steady_clock::now() + read_timeout_;
   }
 }
 
 AdapterPeer::AdapterPeer(Script script, std::chrono::milliseconds deaf)
     : device_(std::move(script)), server_(TcpPeer::Session([this, deaf](int descriptor) {
         SocketWire wire(descriptor);
-        Adapter adapter(device_);
+        const int session = ++sessions_;
+        Adapter adapter(device_, [this, session] { return sessions_ != session; });
         const auto awake = steady_clock::now() + deaf;
         std::array<char, 4096> bytes{};
         for (;;) {

@@ -140,7 +140,9 @@ class BusDevice {
 /// A "++" adapter with one device on its bus, at address 6, as it is after a connection was made.
 class Adapter {
  public:
-  explicit Adapter(BusDevice& device) : device_(device) {}
+  /// It gives a read up once it is `abandoned`, for another connection for instance.
+  explicit Adapter(BusDevice& device, std::function<bool()> abandoned = {})
+      : device_(device), abandoned_(std::move(abandoned)) {}
   void Take(std::string_view bytes, Wire& wire);
   /// Its next answer to "++ver" gets lost.
   void LoseVersion() { loses_version_ = true; }
@@ -150,6 +152,7 @@ class Adapter {
   void Read(Wire& wire);
 
   BusDevice& device_;
+  std::function<bool()> abandoned_;
   std::atomic<bool> loses_version_{false};
   int address_ = -1;
   bool in_charge_ = false;
@@ -170,6 +173,7 @@ class AdapterPeer : public Peer {
 
  private:
   BusDevice device_;
+  std::atomic<int> sessions_{0};  // the last one has the adapter
   TcpPeer server_;
 };
 
