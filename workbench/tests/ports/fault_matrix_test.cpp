@@ -329,6 +329,30 @@ TEST_P(BusTest, BlockShorterOrLongerThanAnnouncedIsALinkError) {
   EXPECT_EQ(bench.port->Query("AGAIN?"), "AGAIN");
 }
 
+TEST_P(BusTest, PartOfAReplyIsCalledAPartWithItsBytes) {
+  Bench bench(GetParam(), [](std::string_view, Wire& wire) { wire.Send("FAU"); });
+  bench.port->Timeout(kTimeout);
+  const auto error = ErrorOf([&] { bench.port->Query("FAULT?"); });
+  EXPECT_EQ(error.Code(), 2013);
+  const char* const says = GetParam() == Bus::kFrontPanel ? "only a part of the reply came, and no more will"
+                                                          : "only a part of the reply came within 0.3 s";
+  EXPECT_NE(error.Description().find(says), std::string::npos) << error.Description();
+  EXPECT_NE(error.Description().find("3 bytes came back (\"FAU\")"), std::string::npos)
+      << error.Description();
+}
+
+TEST_P(BusTest, CompleteBlockIsReadAlthoughNothingEndsIt) {
+  Bench bench(GetParam(), [](std::string_view line, Wire& wire) {
+    wire.Send(line == "BLOCK?" ? "#210xxxxxxxxxx" : std::string(NumberOf(line)) + "\n");
+  });
+  bench.port->Timeout(2.0F);
+  const auto begin = steady_clock::now();
+  EXPECT_EQ(bench.port->Blocks()->ReadBlock(14, "BLOCK?").size(), 14U);
+  EXPECT_LT(SecondsSince(begin), 0.25 + 0.05 + kSlack) << "an end mark was waited for";
+  EXPECT_EQ(bench.port->Query("AFTER?"), "AFTER");
+  EXPECT_EQ(bench.port->Query("AGAIN?"), "AGAIN");
+}
+
 TEST_P(BusTest, WhatStandsBehindABlockNeverAnswersTheNextQuery) {
   // With and without the terminator of the block, shorter and longer than what is received along with it; a
   // block of 128 bytes ends where the first receive does.

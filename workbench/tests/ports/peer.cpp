@@ -304,6 +304,8 @@ void Adapter::Obey(Wire& wire) {
 /// The time-out runs anew with each byte.
 void Adapter::Read(Wire& wire) {
   constexpr std::chrono::milliseconds kSlice{10};
+  ++reads_;
+  if (gives_up_) return;
   auto until = steady_clock::now() + read_timeout_;
   for (bool end = false; !end && steady_clock::now() < until && !(abandoned_ && abandoned_());) {
     const std::string part = device_.Read(256, kSlice, end);

@@ -146,6 +146,9 @@ class Adapter {
   void Take(std::string_view bytes, Wire& wire);
   /// Its next answer to "++ver" gets lost.
   void LoseVersion() { loses_version_ = true; }
+  /// From now on it does not wait for the instrument.
+  void GiveUpAtOnce() { gives_up_ = true; }
+  int Reads() const { return reads_; }
 
  private:
   void Obey(Wire& wire);
@@ -154,6 +157,8 @@ class Adapter {
   BusDevice& device_;
   std::function<bool()> abandoned_;
   std::atomic<bool> loses_version_{false};
+  std::atomic<bool> gives_up_{false};
+  std::atomic<int> reads_{0};
   int address_ = -1;
   bool in_charge_ = false;
   std::chrono::milliseconds read_timeout_{1000};

@@ -404,6 +404,32 @@ std::shared_ptr<host::Transport> PortTo(Workbench& host, Peer& peer) {
   return port;
 }
 
+TEST(GpibLibraryTest, WhatFollowsABlockWithoutAnEndMarkIsClearedAway) {
+  Bench bench(Bus::kLibrary, [](std::string_view line, Wire& wire) {
+    if (line == "BLOCK?") {
+      wire.Send("#210xxxxxxxxxx");
+      wire.Pause(400ms);
+      wire.Send("STALE\n");
+    } else {
+      wire.Send(std::string(line) + "\n");
+    }
+  });
+  EXPECT_EQ(bench.port->Blocks()->ReadBlock(14, "BLOCK?").size(), 14U);
+  EXPECT_EQ(bench.port->Query("AFTER?"), "AFTER?");
+}
+
+TEST(GpibAdapterTest, OneThatGivesReadsUpAtOnceIsNotAskedWithoutEnd) {
+  SerialAdapterPeer peer([](std::string_view, Wire&) {});
+  Workbench host;
+  const auto port = PortTo(host, peer);
+  port->OnLine(true);
+  peer.Adapter().GiveUpAtOnce();
+  port->Timeout(0.5F);
+  EXPECT_EQ(ErrorOf([&] { port->Query("A?"); }).Code(), 2013);
+  EXPECT_GE(peer.Adapter().Reads(), 2);
+  EXPECT_LE(peer.Adapter().Reads(), 6);
+}
+
 TEST(GpibAdapterTest, WhatDoesNotSayItsVersionIsNoAdapter) {
   TcpPeer silent([](std::string_view, Wire&) {});
   Workbench host;
